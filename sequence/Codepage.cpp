@@ -1,0 +1,154 @@
+#include "Codepage.h"
+
+namespace tavena {
+
+const uint8_t kPolishLetters[19][6] = {
+    {0x41, 0xA5, 0x8F, 0xA4, 0xA1, 0x0E},  // Ą
+    {0x43, 0xC6, 0x95, 0x8F, 0xC6, 0x0F},  // Ć
+    {0x45, 0xCA, 0x90, 0xA8, 0xCA, 0x10},  // Ę
+    {0x4C, 0xA3, 0x9C, 0x9D, 0xA3, 0x11},  // Ł
+    {0x4E, 0xD1, 0xA5, 0xE3, 0xD1, 0x12},  // Ń
+    {0x4F, 0xD3, 0xA3, 0xE0, 0xD3, 0x13},  // Ó
+    {0x53, 0x8C, 0x98, 0x97, 0xA6, 0x14},  // Ś
+    {0x5A, 0x8F, 0xA0, 0x8D, 0xAC, 0x15},  // Ź
+    {0x5A, 0xAF, 0xA1, 0xBD, 0xAF, 0x16},  // Ż
+    {0x61, 0xB9, 0x86, 0xA5, 0xB1, 0x17},  // ą
+    {0x63, 0xE6, 0x8D, 0x86, 0xE6, 0x18},  // ć
+    {0x65, 0xEA, 0x91, 0xA9, 0xEA, 0x19},  // ę
+    {0x6C, 0xB3, 0x92, 0x88, 0xB3, 0x1A},  // ł
+    {0x6E, 0xF1, 0xA4, 0xE4, 0xF1, 0x1B},  // ń
+    {0x6F, 0xF3, 0xA2, 0xA2, 0xF3, 0x1C},  // ó
+    {0x73, 0x9C, 0x9E, 0x98, 0xB6, 0x1D},  // ś
+    {0x7A, 0x9F, 0xA6, 0xAB, 0xBC, 0x1E},  // ź
+    {0x7A, 0xBF, 0xA7, 0xBE, 0xBF, 0x1F},  // ż
+    {0, 0, 0, 0, 0, 0},
+};
+
+void ConvertColumns(uint8_t* bytes, size_t length, int from_column, int to_column) {
+  for (size_t i = 0; i < length; ++i) {
+    if (bytes[i] < 0x80) continue;
+    for (const auto& row : kPolishLetters) {
+      if (row[from_column] == 0) break;
+      if (row[from_column] == bytes[i]) {
+        bytes[i] = row[to_column];
+        break;
+      }
+    }
+  }
+}
+
+void ToMazovia(uint8_t* bytes, size_t length) {
+  ConvertColumns(bytes, length, kCp1250, kMazovia);
+}
+
+void FromMazovia(uint8_t* bytes, size_t length) {
+  ConvertColumns(bytes, length, kMazovia, kCp1250);
+}
+
+std::string ToMazovia(std::string text) {
+  ToMazovia(reinterpret_cast<uint8_t*>(text.data()), text.size());
+  return text;
+}
+
+std::string FromMazovia(std::string text) {
+  FromMazovia(reinterpret_cast<uint8_t*>(text.data()), text.size());
+  return text;
+}
+
+namespace {
+
+// Code points of bytes 0x80..0xFF; the unassigned ones keep their own value.
+constexpr char16_t kHighHalf[128] = {
+    0x20AC, 0x0081, 0x201A, 0x0083, 0x201E, 0x2026, 0x2020, 0x2021,  // 80
+    0x0088, 0x2030, 0x0160, 0x2039, 0x015A, 0x0164, 0x017D, 0x0179,  // 88
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,  // 90
+    0x0098, 0x2122, 0x0161, 0x203A, 0x015B, 0x0165, 0x017E, 0x017A,  // 98
+    0x00A0, 0x02C7, 0x02D8, 0x0141, 0x00A4, 0x0104, 0x00A6, 0x00A7,  // A0
+    0x00A8, 0x00A9, 0x015E, 0x00AB, 0x00AC, 0x00AD, 0x00AE, 0x017B,  // A8
+    0x00B0, 0x00B1, 0x02DB, 0x0142, 0x00B4, 0x00B5, 0x00B6, 0x00B7,  // B0
+    0x00B8, 0x0105, 0x015F, 0x00BB, 0x013D, 0x02DD, 0x013E, 0x017C,  // B8
+    0x0154, 0x00C1, 0x00C2, 0x0102, 0x00C4, 0x0139, 0x0106, 0x00C7,  // C0
+    0x010C, 0x00C9, 0x0118, 0x00CB, 0x011A, 0x00CD, 0x00CE, 0x010E,  // C8
+    0x0110, 0x0143, 0x0147, 0x00D3, 0x00D4, 0x0150, 0x00D6, 0x00D7,  // D0
+    0x0158, 0x016E, 0x00DA, 0x0170, 0x00DC, 0x00DD, 0x0162, 0x00DF,  // D8
+    0x0155, 0x00E1, 0x00E2, 0x0103, 0x00E4, 0x013A, 0x0107, 0x00E7,  // E0
+    0x010D, 0x00E9, 0x0119, 0x00EB, 0x011B, 0x00ED, 0x00EE, 0x010F,  // E8
+    0x0111, 0x0144, 0x0148, 0x00F3, 0x00F4, 0x0151, 0x00F6, 0x00F7,  // F0
+    0x0159, 0x016F, 0x00FA, 0x0171, 0x00FC, 0x00FD, 0x0163, 0x02D9,  // F8
+};
+
+void AppendUtf8(std::string& out, char32_t cp) {
+  if (cp < 0x80) {
+    out += static_cast<char>(cp);
+  } else if (cp < 0x800) {
+    out += static_cast<char>(0xC0 | (cp >> 6));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  } else {
+    out += static_cast<char>(0xE0 | (cp >> 12));
+    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  }
+}
+
+// Decodes one UTF-8 sequence at text[i]; advances i. Returns U+FFFD for an
+// invalid or truncated sequence (one byte consumed).
+char32_t DecodeUtf8(std::string_view text, size_t& i) {
+  const auto lead = static_cast<uint8_t>(text[i++]);
+  if (lead < 0x80) return lead;
+  int extra = 0;
+  char32_t cp = 0;
+  if ((lead & 0xE0) == 0xC0) {
+    extra = 1;
+    cp = lead & 0x1F;
+  } else if ((lead & 0xF0) == 0xE0) {
+    extra = 2;
+    cp = lead & 0x0F;
+  } else if ((lead & 0xF8) == 0xF0) {
+    extra = 3;
+    cp = lead & 0x07;
+  } else {
+    return 0xFFFD;
+  }
+  if (i + extra > text.size()) return 0xFFFD;
+  for (int k = 0; k < extra; ++k) {
+    const auto c = static_cast<uint8_t>(text[i + k]);
+    if ((c & 0xC0) != 0x80) return 0xFFFD;
+    cp = (cp << 6) | (c & 0x3F);
+  }
+  i += extra;
+  return cp;
+}
+
+}  // namespace
+
+char32_t Cp1250ToUnicode(uint8_t byte) {
+  return byte < 0x80 ? char32_t{byte} : char32_t{kHighHalf[byte - 0x80]};
+}
+
+int UnicodeToCp1250(char32_t code_point) {
+  if (code_point < 0x80) return static_cast<int>(code_point);
+  for (int i = 0; i < 128; ++i) {
+    if (kHighHalf[i] == code_point) return 0x80 + i;
+  }
+  return -1;
+}
+
+std::string Cp1250ToUtf8(std::string_view cp1250) {
+  std::string out;
+  out.reserve(cp1250.size() + cp1250.size() / 2);
+  for (const char c : cp1250) AppendUtf8(out, Cp1250ToUnicode(static_cast<uint8_t>(c)));
+  return out;
+}
+
+std::string Utf8ToCp1250(std::string_view utf8) {
+  std::string out;
+  out.reserve(utf8.size());
+  size_t i = 0;
+  while (i < utf8.size()) {
+    const int byte = UnicodeToCp1250(DecodeUtf8(utf8, i));
+    out += static_cast<char>(byte < 0 ? '?' : byte);
+  }
+  return out;
+}
+
+}  // namespace tavena
