@@ -16,8 +16,7 @@ constexpr char kDc4 = 0x14;
 constexpr char kHeaderEnd = static_cast<char>(0xFF);
 
 bool IsQuery(const std::string& command) {
-  return command == "#v" || command == "#c" || command == "#s" || command == "#e" ||
-         command == "^";
+  return command == "#v" || command == "#c" || command == "#s" || command == "#e" || command == "^";
 }
 
 int HexDigit(char c) {
@@ -229,14 +228,13 @@ SimAnswer SimCommands::Execute(const SimFrame& f) {
 }
 
 std::string SimCommands::IdentityText() const {
-  return std::to_string(model_.subtype % 10) + "#R" + model_.identity_name + "/" +
-         model_.version;
+  return std::to_string(model_.subtype % 10) + "#R" + model_.identity_name + "/" + model_.version;
 }
 
 std::string SimCommands::ClockText() const {
   const LocalTime t = clock_.Now();
-  return "1#C" + TwoDigits(t.year % 100) + ";" + TwoDigits(t.month) + ";" + TwoDigits(t.day) +
-         ";" + TwoDigits(t.hour) + ";" + TwoDigits(t.minute) + ";" + TwoDigits(t.second) + ";";
+  return "1#C" + TwoDigits(t.year % 100) + ";" + TwoDigits(t.month) + ";" + TwoDigits(t.day) + ";" +
+         TwoDigits(t.hour) + ";" + TwoDigits(t.minute) + ";" + TwoDigits(t.second) + ";";
 }
 
 std::string SimCommands::StatusText() const {

@@ -44,11 +44,11 @@ enum SimError {
 
 // A frame as the printer took it apart. Bytes are as received (Mazovia).
 struct SimFrame {
-  std::string body;            // everything between ESC P and ESC backslash
-  std::vector<int> params;     // the numbers before the command
-  bool params_ok = true;       // false when a parameter is not a number
-  std::string command;         // "#v", "$p", "^", ...
-  std::string fields;          // after the command, without the control sum
+  std::string body;         // everything between ESC P and ESC backslash
+  std::vector<int> params;  // the numbers before the command
+  bool params_ok = true;    // false when a parameter is not a number
+  std::string command;      // "#v", "$p", "^", ...
+  std::string fields;       // after the command, without the control sum
   bool has_sum = false;
   bool sum_ok = true;
 };
@@ -62,8 +62,8 @@ std::string ControlSumHex(std::string_view bytes);
 struct SimAnswer {
   int error = kErrNone;
   bool has_answer = false;
-  std::string text;         // answer body (between ESC P and the sum or ESC backslash)
-  bool with_sum = true;     // a control sum follows the body
+  std::string text;      // answer body (between ESC P and the sum or ESC backslash)
+  bool with_sum = true;  // a control sum follows the body
 };
 
 class SimCommands {

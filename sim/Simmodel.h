@@ -9,19 +9,21 @@
 namespace tavena {
 
 struct SimModelInfo {
-  std::string name;           // the name it is selected by ("LUMEN", "QX-1:4")
-  int type_code = 0;          // the type code its identity answer reads as
-  int subtype = 0;            // the digit before "#R" (types 4 and 6 read it)
-  std::string identity_name;  // text before "/" in the identity answer
-  std::string version;        // text after "/"
-  std::string unique_number;  // 11 characters
-  bool answers_identity = true;   // a printer: control bytes, frames, identity
+  std::string name;                 // the name it is selected by ("LUMEN", "QX-1:4")
+  int type_code = 0;                // the type code its identity answer reads as
+  int subtype = 0;                  // the digit before "#R" (types 4 and 6 read it)
+  std::string identity_name;        // text before "/" in the identity answer
+  std::string version;              // text after "/"
+  std::string unique_number;        // 11 characters
+  bool answers_identity = true;     // a printer: control bytes, frames, identity
   bool electronic_journal = false;  // answers the unique-number request ESC "S"
   bool korvus = false;              // answers the "0^" probe
 
   // Printers of the two-digit family take VAT rates as "7$p" + values with
   // 101 (inactive) and 100 (exempt); the others take flags and values.
-  bool TwoDigitRates() const { return (type_code == 4 || type_code == 6) && (subtype == 3 || subtype == 4); }
+  bool TwoDigitRates() const {
+    return (type_code == 4 || type_code == 6) && (subtype == 3 || subtype == 4);
+  }
 };
 
 // A model by name, letter case ignored: LUMEN, SOLIDA, "SOLIDA EJ" (also

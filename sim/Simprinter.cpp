@@ -230,8 +230,9 @@ void SimPrinter::Answer(const std::string& bytes, int64_t t_us, const std::strin
   }
   ++answers_given_;
   Emit(faults_.garbage + bytes, t_us + int64_t{faults_.answer_delay_ms} * 1000);
-  Log(what + " -> " + (bytes.size() == 1 ? HexByte(static_cast<uint8_t>(bytes[0]))
-                                         : SimReadable(FromMazovia(bytes))));
+  Log(what + " -> " +
+      (bytes.size() == 1 ? HexByte(static_cast<uint8_t>(bytes[0]))
+                         : SimReadable(FromMazovia(bytes))));
 }
 
 void SimPrinter::Emit(std::string_view bytes, int64_t start_us) {

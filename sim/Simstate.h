@@ -54,23 +54,23 @@ inline constexpr double kRateExempt = -2;
 struct SimState {
   // Status bits.
   bool fiscal = false;
-  bool command_ok = true;      // ENQ bit 2
-  bool transaction_ok = true;  // ENQ bit 0
-  bool online = true;          // DLE bit 2
-  bool paper_out = false;      // DLE bit 1
+  bool command_ok = true;        // ENQ bit 2
+  bool transaction_ok = true;    // ENQ bit 0
+  bool online = true;            // DLE bit 2
+  bool paper_out = false;        // DLE bit 1
   bool mechanism_error = false;  // DLE bit 0
-  int last_error = -1;         // number of the last refused command; -1 none yet
+  int last_error = -1;           // number of the last refused command; -1 none yet
 
   std::array<double, 7> rates = {23, 8, 5, 0, kRateInactive, kRateInactive, kRateExempt};
   std::vector<std::string> header;  // Windows-1250 lines, blanks and SO/DC4 as sent
   std::string nip;
   int ram_resets = 1;
-  char resets_mark = 0;        // '<' or '>' sent before the resets count when set
+  char resets_mark = 0;  // '<' or '>' sent before the resets count when set
   SimDate last_record{2011, 1, 3};
   SimDate first_daily_report;  // not valid until the first report in fiscal mode
   int receipts = 0;            // since the last daily report
   std::array<double, 7> totals = {};
-  double further_amount = 0;   // gross of the receipts since the last daily report
+  double further_amount = 0;  // gross of the receipts since the last daily report
   std::string unique_number;
 
   // Counters read back through the status fields f2..f4 and by tests.
@@ -82,14 +82,14 @@ struct SimState {
 
   // The receipt in progress.
   bool in_transaction = false;
-  int expected_lines = 0;      // from "$h"; 0 = any number
+  int expected_lines = 0;  // from "$h"; 0 = any number
   int sale_lines = 0;
   std::array<double, 7> receipt_values = {};
 
   // Other commands, remembered for inspection.
   int cash_commands = 0;
-  std::string display_text;    // the text of the last "1#b"
-  int last_ampc = -1;          // parameter of the last "&c"
+  std::string display_text;  // the text of the last "1#b"
+  int last_ampc = -1;        // parameter of the last "&c"
   int bells = 0;
 
   uint8_t EnqByte() const;
