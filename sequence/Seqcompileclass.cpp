@@ -32,7 +32,7 @@ bool IsAsciiAlnum(int c) {
   return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-char AsciiUpper(char c) {
+constexpr char AsciiUpper(char c) {
   return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
@@ -64,41 +64,58 @@ enum class Word {
   kSpc,
 };
 
-struct NamedWord {
-  std::string_view name;  // upper case
-  Word word;
-};
-
-constexpr NamedWord kWords[] = {
-    {"CHECK_START", Word::kCheckStart},
-    {"CHECK_INSERT", Word::kCheckInsert},
-    {"END", Word::kEnd},
-    {"COMMENT", Word::kComment},
-    {"END_COMMENT", Word::kEndComment},
-    {"C", Word::kComment},
-    {"E", Word::kEndComment},
-    {"ESC", Word::kEsc},
-    {"Y", Word::kYear2},
-    {"LY", Word::kYear4},
-    {"M", Word::kMonth},
-    {"D", Word::kDay},
-    {"H", Word::kHour},
-    {"MIN", Word::kMinute},
-    {"CR", Word::kCr},
-    {"LF", Word::kLf},
-    {"FF", Word::kFf},
-    {"SPC", Word::kSpc},
+// A word of up to 12 bytes, upper-cased, packed with its length.
+struct WordKey {
+  uint64_t low = 0;
+  uint64_t high = 0;
+  bool operator==(const WordKey&) const = default;
 };
 
 constexpr size_t kLongestWord = 12;
 
+constexpr WordKey KeyOf(std::string_view text) {
+  WordKey key{0, static_cast<uint64_t>(text.size()) << 56};
+  for (size_t i = 0; i < text.size(); ++i) {
+    const uint64_t c = static_cast<uint8_t>(AsciiUpper(text[i]));
+    if (i < 8)
+      key.low |= c << (8 * i);
+    else
+      key.high |= c << (8 * (i - 8));
+  }
+  return key;
+}
+
+struct NamedWord {
+  WordKey key;
+  Word word;
+};
+
+constexpr NamedWord kWords[] = {
+    {KeyOf("CHECK_START"), Word::kCheckStart},
+    {KeyOf("CHECK_INSERT"), Word::kCheckInsert},
+    {KeyOf("END"), Word::kEnd},
+    {KeyOf("COMMENT"), Word::kComment},
+    {KeyOf("END_COMMENT"), Word::kEndComment},
+    {KeyOf("C"), Word::kComment},
+    {KeyOf("E"), Word::kEndComment},
+    {KeyOf("ESC"), Word::kEsc},
+    {KeyOf("Y"), Word::kYear2},
+    {KeyOf("LY"), Word::kYear4},
+    {KeyOf("M"), Word::kMonth},
+    {KeyOf("D"), Word::kDay},
+    {KeyOf("H"), Word::kHour},
+    {KeyOf("MIN"), Word::kMinute},
+    {KeyOf("CR"), Word::kCr},
+    {KeyOf("LF"), Word::kLf},
+    {KeyOf("FF"), Word::kFf},
+    {KeyOf("SPC"), Word::kSpc},
+};
+
 Word FindWord(std::string_view text) {
   if (text.size() > kLongestWord) return Word::kNone;
-  char upper[kLongestWord];
-  std::transform(text.begin(), text.end(), upper, AsciiUpper);
-  const std::string_view key(upper, text.size());
+  const WordKey key = KeyOf(text);
   for (const NamedWord& w : kWords)
-    if (w.name == key) return w.word;
+    if (w.key == key) return w.word;
   return Word::kNone;
 }
 
@@ -466,7 +483,8 @@ void SeqCompileClass::ReadHexPair() {
 int SeqCompileClass::AngleEscape() {
   ReadWordUntil('>');
   const auto put = [this](std::string_view bytes) {
-    token_.assign(bytes);
+    token_.clear();
+    token_.append(bytes);
     return kGoOn;
   };
   switch (FindWord(token_)) {
