@@ -132,9 +132,12 @@ TEST_F(FastComFake, OpenByNumberNamesTheDeviceAndProgramsIt) {
   com.Close();
   com.Open("x5", 1);
   com.Close();
+  com.Open("Com10", 1);
+  com.Close();
   com.Open("12", 1);
   com.Close();
-  EXPECT_EQ(dev().opened_names, std::vector<std::string>({"\\\\.\\com12", "com9", "com0", "com0"}));
+  EXPECT_EQ(dev().opened_names,
+            std::vector<std::string>({"\\\\.\\com12", "com9", "com0", "\\\\.\\com10", "com0"}));
 }
 
 TEST_F(FastComFake, OpenNamedUsesShortTimeoutsAndItsOwnLogLine) {
@@ -156,8 +159,11 @@ TEST_F(FastComFake, OpenNamedUsesShortTimeoutsAndItsOwnLogLine) {
   com.Close();
 
   FastCom high;
-  ASSERT_TRUE(high.OpenNamed("com12"));
-  EXPECT_EQ(high.port_name, "\\\\.\\com12");
+  ASSERT_TRUE(high.OpenNamed("com10"));
+  EXPECT_EQ(high.port_name, "\\\\.\\com10");
+  high.Close();
+  ASSERT_TRUE(high.OpenNamed("COM9"));
+  EXPECT_EQ(high.port_name, "COM9");  // kept as given
   high.Close();
 
   dev().open_error = 5;
