@@ -91,6 +91,14 @@ int Confirm(CliContext& ctx, Drukarka& d) {
           std::string(byte) + ").");
 }
 
+// Confirm, and on success say so.
+int ConfirmAndSay(CliContext& ctx, Drukarka& d) {
+  const int code = Confirm(ctx, d);
+  if (code == kExitDone)
+    PrintLine(ctx, Msg("Drukarka przyjęła rozkaz.", "The printer accepted the command."));
+  return code;
+}
+
 PrinterDate ToPrinterDate(const DateTimeValue& d) {
   return PrinterDate{d.year, d.month, d.day};
 }
@@ -339,7 +347,7 @@ int RunHeader(CliContext& ctx, const HeaderOptions& o) {
   int code;
   if (!Connect(ctx, d, code)) return code;
   d.SetHeader(lines);
-  code = Confirm(ctx, d);
+  code = ConfirmAndSay(ctx, d);
   d.Close();
   return code;
 }
@@ -358,7 +366,7 @@ int RunDailyReport(CliContext& ctx) {
     return d.LastReadOk() ? Fail(ctx, kExitPrinter, message) : NoAnswer(ctx);
   }
   d.ReportByNumber(1, ToPrinterDate(date));
-  code = Confirm(ctx, d);
+  code = ConfirmAndSay(ctx, d);
   d.Close();
   return code;
 }
@@ -380,7 +388,7 @@ int RunPeriodicReport(CliContext& ctx, const PeriodOptions& o) {
   int code;
   if (!Connect(ctx, d, code)) return code;
   d.PeriodicReport(ToPrinterDate(from), ToPrinterDate(to), o.param);
-  code = Confirm(ctx, d);
+  code = ConfirmAndSay(ctx, d);
   d.Close();
   return code;
 }
@@ -406,7 +414,7 @@ int RunReceiptTest(CliContext& ctx) {
   d.ParamCommandDollarH(0);
   d.SaleLine(sale);
   d.EndTransaction(end);
-  code = Confirm(ctx, d);
+  code = ConfirmAndSay(ctx, d);
   d.Close();
   return code;
 }

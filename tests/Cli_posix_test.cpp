@@ -10,9 +10,11 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <thread>
 
 #include "TestSupport.h"
+#include "sequence/Codepage.h"
 #include "sim/Simprinter.h"
 
 namespace tavena {
@@ -194,6 +196,49 @@ TEST_F(EndToEnd, FiscaliseRefusesABadNipAndDoesAGoodOne) {
   EXPECT_EQ(r.out, "1\n");
   StopSim();
   EXPECT_NE(Received().find("$fNIP 123-45-67-890"), std::string::npos) << Received();
+}
+
+TEST_F(EndToEnd, StatusBytesHeaderReceiptAndDailyReport) {
+  StartSim();
+  ToolRun r = Tool({"enq", "--port", port_});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out,
+            "0x65\nTryb szkoleniowy.\nOstatni rozkaz ziterpretowany poprawnie.\n"
+            "Drukarka nie jest w stanie transakcji.\nOstatnia transakcja zainterpretowana "
+            "poprawnie.\n");
+  r = Tool({"dle", "--port", port_});
+  EXPECT_EQ(r.out, "0x74\nDrukarka jest w stanie ON-LINE.\nPapier założony.\n");
+
+  r = Tool({"header", "--line", "Sklep", "--line", "Łódź", "--center", "1", "--bold", "2", "--port",
+            port_});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "Drukarka przyjęła rozkaz.\n");
+  r = Tool({"receipt-test", "--port", port_});
+  EXPECT_EQ(r.code, 0) << r.err;
+  r = Tool({"report", "daily", "--port", port_});
+  EXPECT_EQ(r.code, 0) << r.err;
+  StopSim();
+
+  const std::string received = Received();
+  // Centred: 17 blanks before a 5-letter line; double width: SO .. DC4, Mazovia letters.
+  // The log shows the Mazovia bytes as if they were Windows-1250.
+  const std::string lodz = Cp1250ToUtf8(ToMazovia(Utf8ToCp1250("Łódź")));
+  EXPECT_EQ(lodz,
+            "\xC5\x9B\xCB\x98"
+            "d\xC2\xA6");  // Mazovia 9C A2 64 A6
+  EXPECT_NE(received.find("0$f                 Sklep<0D><0E>" + lodz + "<14><0D>"),
+            std::string::npos)
+      << received;
+  EXPECT_NE(received.find("0$h"), std::string::npos);
+  EXPECT_NE(received.find("1$lTowar testowy 1gr<0D>1<0D>A/0.01/0.01/"), std::string::npos);
+  EXPECT_NE(received.find("1;0;3;0$eNRS5555<0D>Stopka 1<0D>Stopka 2<0D>Stopka 3<0D>0.01/0.01/"),
+            std::string::npos);
+  const std::time_t now = std::time(nullptr);
+  const std::tm* t = std::localtime(&now);
+  char report[32];
+  std::snprintf(report, sizeof report, "1;%02d;%02d;%02d#r", t->tm_year % 100, t->tm_mon + 1,
+                t->tm_mday);
+  EXPECT_NE(received.find(report), std::string::npos) << report;
 }
 
 TEST_F(EndToEnd, InfoOnASilentPortPrintsTheDefaults) {
