@@ -42,6 +42,11 @@ bool IsStatusByte(char c) {
   return nibble == 6 || nibble == 7;
 }
 
+// A status byte first, or a printer's name: not a journal copy device.
+bool AnsweredAsPrinter(const std::string& reply) {
+  return !reply.empty() && (IsStatusByte(reply[0]) || NamesPrinter(reply) || Has(reply, "KORVUS"));
+}
+
 bool IsUniqueNumberAnswer(const std::string& reply) {
   return reply.size() > 8 && reply.back() == static_cast<char>(kSUB) && Has(reply, kUniqueWord);
 }
@@ -168,7 +173,7 @@ std::string Drukarka::UntypedProbes(int& result) {
       result = kFindUniqueNumber;
       return got;
     }
-    if (IsStatusByte(got[0]) || NamesPrinter(got) || Has(got, "KORVUS")) return got;
+    if (AnsweredAsPrinter(got)) return got;
   }
   return std::string();
 }
@@ -190,7 +195,7 @@ void Drukarka::SendComposite(bool long_mode) {
   SendBytes(composite);
 }
 
-int Drukarka::Identify(const std::string& reply) {
+int Drukarka::Identify(const std::string& reply, bool printer_answered) {
   if (reply.size() < 11) return kFindUnidentified;
   if (NamesPrinter(reply)) {
     const IdentityAnswer id = ParseIdentity(IdentityFrameIn(reply));
@@ -200,7 +205,8 @@ int Drukarka::Identify(const std::string& reply) {
     }
     return kFindPrinter;
   }
-  return Has(reply, kUniqueWord) ? kFindUniqueNumber : kFindUnidentified;
+  if (!Has(reply, kUniqueWord)) return kFindUnidentified;
+  return printer_answered ? kFindPrinter : kFindUniqueNumber;
 }
 
 int Drukarka::FindPrinter(int port_number, int32_t& bits_per_second, int expected_type,
@@ -233,7 +239,7 @@ int Drukarka::FindPrinter(std::string& port, int32_t& bits_per_second, int expec
     const std::string reply = CollectAnswer(long_mode ? kLongCollectMs : kCollectMs);
     answer = FromMazovia(reply);
     LogAnswerText(answer);
-    result = Identify(reply);
+    result = Identify(reply, AnsweredAsPrinter(first));
   }
   Close();
   if (result == kFindPrinter || result == kFindUniqueNumber) port = port_name;
