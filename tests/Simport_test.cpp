@@ -94,7 +94,6 @@ TEST_F(SimPortTest, LineRateTakesVirtualTime) {
   ASSERT_TRUE(Open(com));
   const int64_t start = clock_.NowMs();
   ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
-  EXPECT_GT(com.OutQueue(), 0u);
   // 6 bytes out and 24 back at 1.04 ms each: the answer ends 32 ms later.
   EXPECT_EQ(ReadFrame(com, 100), "\x1BP0#RTAVENA LUMEN/1.05" + kEnd);
   EXPECT_GE(clock_.NowMs() - start, 32);
@@ -145,8 +144,6 @@ TEST(SimPortRegistryTest, OpenerIsRemovedWithTheLastPort) {
   // With no port registered, names go to the host again.
   int error = 0;
   EXPECT_EQ(OpenSerialDevice("/nonexistent/tavena-port", error), nullptr);
-  EXPECT_EQ(error, ENOENT);
-  EXPECT_EQ(OpenSerialDevice("com8", error), nullptr);
   EXPECT_NE(error, 0);
 }
 
