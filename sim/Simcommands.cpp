@@ -323,14 +323,10 @@ int SimCommands::SetRates(const SimFrame& f) {
   for (const double t : s_.totals)
     if (t != 0) return kErrNonZeroTotals;
   if (s_.fiscal && s_.rate_changes >= 30) return kErrRateChanges;
-  return ApplyRates(rates) ? kErrNone : kErrRates;
-}
-
-bool SimCommands::ApplyRates(const std::array<double, 7>& rates) {
   s_.rates = rates;
   ++s_.rate_changes;
   if (s_.fiscal) s_.last_record = Today();
-  return true;
+  return kErrNone;
 }
 
 int SimCommands::SetHeader(const SimFrame& f) {
