@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "TestSupport.h"
+#include "sequence/Messagelanguage.h"
 #include "transport/Createdirectory.h"
 #include "transport/Fastcom.h"
 #include "transport/Filelog.h"
@@ -44,7 +45,9 @@ class FastComLine : public ::testing::Test {
     if (!port || !*port) GTEST_SKIP() << "TAVENA_TEST_PORT is not set";
     port_ = port;
     SetWineOverride(std::nullopt);
+    MessageLanguage = 1;
   }
+  void TearDown() override { MessageLanguage = 0; }
   // Sends record and reads it back from the echo.
   std::string Echo(FastCom& com, const std::string& record, int timeout_ms = 300) {
     EXPECT_TRUE(com.Send(iBuffer(record)));
