@@ -440,6 +440,9 @@ TEST_F(SimPrinterTest, Faults) {
   p->Faults().answers_before_silence = 2;
   EXPECT_EQ(Hex(Talk(*p, "\x05\x05\x05")), "65 65");
   p->Faults().answers_before_silence = -1;
+  // Scripted ENQ answers, then the status again.
+  p->Faults().enq_answers = "\x4C\x68";
+  EXPECT_EQ(Hex(Talk(*p, "\x05\x05\x05")), "4C 68 65");
   // Garbage before every answer, and a wrong sum in framed answers.
   p->Faults().garbage = std::string("\x00\xFFzz", 4);
   p->Faults().bad_answer_sum = true;
