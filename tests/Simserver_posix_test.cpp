@@ -203,6 +203,22 @@ TEST(SimServerTest, FastComOverThePseudoTerminal) {
   EXPECT_EQ(sim.Stop(SIGINT), 0);
 }
 
+TEST(SimServerTest, AFullLogPipeDoesNotStallThePrinter) {
+  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
+  SimProcess sim({});  // standard error goes to a pipe this test never reads
+  const std::string path = sim.FirstLine(5000);
+  ASSERT_FALSE(path.empty());
+  Client client(path);
+  const std::string batch(200, '\x05');
+  size_t answered = 0;
+  for (int i = 0; i < 60; ++i) {  // about 200 kB of log lines
+    const size_t got = client.Ask(batch, std::string(200, '\x65')).size();
+    answered += got;
+    if (got != batch.size()) break;  // stalled
+  }
+  EXPECT_EQ(answered, 60u * 200u);
+}
+
 TEST(SimServerTest, ClosedLineEndsTheServerAndBadOptionsAreRefused) {
   ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
   SimProcess sim({"--close-after", "1", "--baud", "19200"});
