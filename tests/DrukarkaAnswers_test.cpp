@@ -1,0 +1,217 @@
+// The pure readers of the printer's answers and the printer's message texts.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "protocol/Answerparse.h"
+#include "protocol/Printererrors.h"
+#include "sequence/Codepage.h"
+
+namespace tavena {
+namespace {
+
+std::string Cp(const char* utf8) {
+  return Utf8ToCp1250(utf8);
+}
+
+bool StartsWith(const std::string& text, const std::string& start) {
+  return text.compare(0, start.size(), start) == 0;
+}
+
+TEST(DrukarkaAnswersTest, IdentityModelsTypesAndTexts) {
+  struct Case {
+    const char* answer;
+    int type, subtype;
+    const char* name;
+    const char* version;
+  };
+  const Case cases[] = {
+      {"\x1bP1#RTAVENA LUMEN   /1.05 2011\x1b\\", 1, 0, "TAVENA LUMEN", "1.05 2011"},
+      {"\x1bP1#RTAVENA SOLIDA/2.10\x1b\\", 2, 0, "TAVENA SOLIDA", "2.10"},
+      {"\x1bP1#RTAVENA SOLIDA EJ/3.00\x1b\\", 3, 0, "TAVENA SOLIDA EJ", "3.00"},
+      {"\x1bP3#RTAVENA QX-1/4.01\x1b\\", 4, 3, "TAVENA QX-1", "4.01"},
+      {"\x1bP4#RTAVENA QX-1TR/6.00\x1b\\", 6, 4, "TAVENA QX-1TR", "6.00"},
+      {"\x1bP1#RTAVENA TM410/7.7\x1b\\", 7, 0, "TAVENA TM410", "7.7"},
+      {"\x1bP1#ROTHER/1\x1b\\", 0, 0, "OTHER", "1"},
+      {"\x1bP1#RTAVEWA MERIDO X/5.0\x1b\\", 0, 0, "TAVENA MERIDO QP51KZ", "5.0"},
+      // No end mark: the rest is the version.
+      {"1#RTAVENA LUMEN/9.9", 1, 0, "TAVENA LUMEN", "9.9"},
+  };
+  for (const Case& c : cases) {
+    const IdentityAnswer id = ParseIdentity(c.answer);
+    EXPECT_TRUE(id.has_command) << c.answer;
+    EXPECT_EQ(id.type_code, c.type) << c.answer;
+    EXPECT_EQ(id.subtype, c.subtype) << c.answer;
+    EXPECT_EQ(id.name, c.name) << c.answer;
+    EXPECT_EQ(id.version, c.version) << c.answer;
+  }
+  // No "/" (or "/" first): type read, empty name and version.
+  IdentityAnswer id = ParseIdentity("\x1bP1#RTAVENA LUMEN 1.05\x1b\\");
+  EXPECT_TRUE(id.has_command);
+  EXPECT_EQ(id.type_code, 1);
+  EXPECT_EQ(id.name, "");
+  EXPECT_EQ(id.version, "");
+  EXPECT_EQ(ParseIdentity("\x1bP1#R/1.0\x1b\\").name, "");
+  // "#R" missing or at the very start: nothing at all.
+  EXPECT_FALSE(ParseIdentity("#RTAVENA LUMEN/1").has_command);
+  EXPECT_FALSE(ParseIdentity("\x1bPTAVENA LUMEN/1\x1b\\").has_command);
+  EXPECT_FALSE(ParseIdentity("").has_command);
+  // 39 characters at most, both parts.
+  const std::string long_name(50, 'N'), long_version(45, 'V');
+  id = ParseIdentity("1#R" + long_name + "/" + long_version + "\x1b\\");
+  EXPECT_EQ(id.name, std::string(39, 'N'));
+  EXPECT_EQ(id.version, std::string(39, 'V'));
+}
+
+TEST(DrukarkaAnswersTest, ClockYearsAndDefault) {
+  EXPECT_EQ(ParseClock("\x1bP1#C12;5;31;23;59\x1b\\"), "2012-05-31 23:59");
+  EXPECT_EQ(ParseClock("1#C49;1;2;3;4"), "2049-01-02 03:04");
+  EXPECT_EQ(ParseClock("1#C50;1;2;3;4"), "1950-01-02 03:04");
+  EXPECT_EQ(ParseClock("1#C0;12;31;0;0"), "2000-12-31 00:00");
+  EXPECT_EQ(ParseClock("1#C12/05/31 7:08"), "2012-05-31 07:08");  // any non-digit ends a number
+  EXPECT_EQ(ParseClock("\x1bP1#c\x1b\\"), kClockDefault);
+  EXPECT_EQ(ParseClock(""), "1980-01-01 00:00");
+}
+
+// A status answer in the printer's field forms.
+std::string StatusAnswer(const std::string& resets_and_date, const std::string& rates,
+                         const std::string& rest) {
+  return "\x1bP1#X0;1;2;3;4;" + resets_and_date + rates + rest + "\x1b\\";
+}
+
+TEST(DrukarkaAnswersTest, StatusFieldByField) {
+  StatusRecord r;
+  ASSERT_TRUE(ParseStatus(StatusAnswer("<12;12;5;31;", "23.00/8.00/5.00/0.00/101.00/101.00/100,00/",
+                                       "57;100.00/20.00/3.00/0.00/7.50/1.25/ABC12345678"),
+                          r));
+  EXPECT_EQ(FormatStatusField(r, kStatusF0), "0");
+  EXPECT_EQ(FormatStatusField(r, kStatusFiscal), "1");
+  EXPECT_EQ(FormatStatusField(r, kStatusF2), "2");
+  EXPECT_EQ(FormatStatusField(r, kStatusF3), "3");
+  EXPECT_EQ(r.f4, 4);
+  EXPECT_EQ(FormatStatusField(r, kStatusResets), "-1");
+  EXPECT_EQ(FormatStatusField(r, kStatusLastRecord), "2012-05-31");
+  EXPECT_EQ(FormatStatusField(r, kStatusRates), "23.00;8.00;5.00;0.00;-1;-1;zw;");
+  EXPECT_EQ(FormatStatusField(r, kStatusReceipts), "57");
+  // Totals only for the active rates A..F, then G and the further amount.
+  EXPECT_EQ(FormatStatusField(r, kStatusTotals), "100.00;20.00;3.00;0.00;0.00;0.00;7.50;");
+  EXPECT_EQ(FormatStatusField(r, kStatusFurther), "1.25");
+  EXPECT_EQ(FormatStatusField(r, kStatusUniqueNumber), "ABC12345678");
+  EXPECT_EQ(FormatStatusField(r, 12), "");
+
+  const std::string raw = FormatStatusField(r, kStatusRaw);
+  ASSERT_EQ(raw.size(), kStatusRawSize);
+  int32_t f1 = 0, year = 0;
+  double rate_a = 0;
+  std::memcpy(&f1, raw.data() + 4, 4);
+  std::memcpy(&year, raw.data() + 24, 4);
+  std::memcpy(&rate_a, raw.data() + 40, 8);
+  EXPECT_EQ(f1, 1);
+  EXPECT_EQ(year, 2012);
+  EXPECT_EQ(rate_a, 23.0);
+  EXPECT_EQ(raw.substr(168), std::string("ABC12345678") + std::string(5, '\0'));
+}
+
+TEST(DrukarkaAnswersTest, StatusRulesForResetsYearsAndRates) {
+  StatusRecord r;
+  // Plain resets; year 50 is 2050 here (the clock reads it as 1950); 99 is 1999.
+  ASSERT_TRUE(ParseStatus(StatusAnswer("12;50;1;2;", "23.00/8.00/5.00/0.00/100.00/101.00/0.00/",
+                                       "0;1/2/3/4/5/6/ABCDEFGHIJKLMN"),
+                          r));
+  EXPECT_EQ(r.resets, 12);
+  EXPECT_EQ(FormatStatusField(r, kStatusLastRecord), "2050-01-02");
+  EXPECT_EQ(FormatRates(r.rates), "23.00;8.00;5.00;0.00;zw;-1;0.00;");
+  EXPECT_EQ(FormatStatusField(r, kStatusTotals), "1.00;2.00;3.00;4.00;0.00;0.00;5.00;");
+  EXPECT_EQ(r.further, 6.0);
+  EXPECT_EQ(r.unique_number, "ABCDEFGHIJK");
+  ASSERT_TRUE(ParseStatus("1#X0;0;0;0;0;>3;99;12;31;", r));
+  EXPECT_EQ(r.resets, -1);
+  EXPECT_EQ(r.year, 1999);
+
+  // No rate of 100 or 101: G becomes exempt whatever was sent.
+  ASSERT_TRUE(ParseStatus(
+      StatusAnswer("0;12;5;31;", "23.00/8.00/5.00/0.00/0.00/0.00/12.00/", "9;1/1/1/1/1/1/1/1/U"),
+      r));
+  EXPECT_EQ(FormatRates(r.rates), "23.00;8.00;5.00;0.00;0.00;0.00;zw;");
+  EXPECT_EQ(r.receipts, 9);
+  EXPECT_EQ(r.unique_number, "U");
+  // Edges of the ranges: 99.99 exempt, 100.01 not; 100.99 inactive, 101.01 not.
+  ASSERT_TRUE(
+      ParseStatus(StatusAnswer("0;12;5;31;", "99.99/100.01/100.99/101.01/1.0/2.0/3.0/", "0;"), r));
+  EXPECT_EQ(FormatRates(r.rates), "zw;100.01;-1;101.01;1.00;2.00;3.00;");
+  // A field without a decimal point is -1 and not consumed: the next rate
+  // reads the same text.
+  ASSERT_TRUE(
+      ParseStatus(StatusAnswer("0;12;5;31;", "23.00/x/8.00/5.00/0.00/0.00/0.00/", "4;"), r));
+  EXPECT_EQ(FormatRates(r.rates), "23.00;-1;-1;-1;-1;-1;zw;");
+  // Parsing stops nowhere outside the text.
+  EXPECT_FALSE(ParseStatus("no mark", r));
+  ASSERT_TRUE(ParseStatus("#X", r));
+  EXPECT_EQ(r.unique_number, "");
+}
+
+TEST(DrukarkaAnswersTest, FirstReportDateInText) {
+  int y = 0, m = 0, d = 0;
+  ASSERT_TRUE(FindReportDate("RAPORT DOBOWY\r\nNr 1 2012-05-14 09:00\r\n", y, m, d));
+  EXPECT_EQ(y * 10000 + m * 100 + d, 20120514);
+  ASSERT_TRUE(FindReportDate("od 14.05.2012", y, m, d));
+  EXPECT_EQ(y * 10000 + m * 100 + d, 20120514);
+  EXPECT_FALSE(FindReportDate("2012-13-01 12;05;14 2012-05/14 112012-05-14 1899-01-01", y, m, d));
+  EXPECT_FALSE(FindReportDate("", y, m, d));
+}
+
+TEST(DrukarkaAnswersTest, PrinterErrorTable) {
+  EXPECT_EQ(PrinterErrorText(0), "Nie rozpoznany rozkaz");
+  EXPECT_EQ(PrinterErrorText(1), Cp("Nie zainicjalizowany zegar RTC.\nUstawić zegar z menu "
+                                    "serwisowego lub\nprzesłać z aplikacji"));
+  EXPECT_EQ(PrinterErrorText(2), Cp("Błąd bajta kontrolnego."));
+  EXPECT_EQ(PrinterErrorText(12), Cp("Błędny nagłówek (np. Za długi \nlub zawierający "
+                                     "niedozwolone znaki."));
+  EXPECT_EQ(PrinterErrorText(31),
+            "Nadmiar dodawania (przekroczenie zakresu got\xF3wki w kasie)/n"
+            "(sekwencja LBDECCSH)");
+  EXPECT_EQ(PrinterErrorText(51), Cp("Błąd wartości <kwota>"));
+  EXPECT_TRUE(StartsWith(PrinterErrorText(83), Cp("Nieokreślone stawki PTU.\nBłąd może")));
+  EXPECT_TRUE(StartsWith(PrinterErrorText(99), Cp("Sekwencja niedozwolona w trybie „Tylko do")));
+  EXPECT_EQ(PrinterErrorText(96), Cp("Przekroczony limit czasu na wydruk paragonu (20 minut).\n"
+                                     "Paragon anulowany przez drukarkę automatycznie."));
+  int with_text = 0;
+  for (int n = 0; n <= 99; ++n) with_text += !PrinterErrorText(n).empty();
+  EXPECT_EQ(with_text, 64);
+  for (int n : {15, 52, 60, 82, 87, 88, 89, 97, 100, 255, -1}) {
+    EXPECT_EQ(PrinterErrorText(n), "") << n;
+  }
+}
+
+TEST(DrukarkaAnswersTest, EnqAndDleBitTexts) {
+  const std::vector<std::string> enq_all = {Cp("Tryb fiskalny."),
+                                            Cp("Ostatni rozkaz ziterpretowany poprawnie."),
+                                            Cp("Drukarka jest w stanie transakcji."),
+                                            Cp("Ostatnia transakcja zainterpretowana poprawnie.")};
+  EXPECT_EQ(EnqBitTexts(0x6F), enq_all);
+  const std::vector<std::string> enq_none = {Cp("Tryb szkoleniowy."),
+                                             Cp("Bład w interpretacji ostatniego rozkazu."),
+                                             Cp("Drukarka nie jest w stanie transakcji."),
+                                             Cp("Błąd w interpretacji ostatniej transakcji.")};
+  EXPECT_EQ(EnqBitTexts(0x60), enq_none);
+  EXPECT_EQ(EnqBitTexts(0x64)[1], enq_all[1]);
+  EXPECT_EQ(EnqBitTexts(0x64)[0], enq_none[0]);
+
+  const std::vector<std::string> none = {"Brak komunikacji"};
+  for (int answer : {0, -1, -128, 0x80, 0xFF, 0x8F}) {
+    EXPECT_EQ(EnqBitTexts(answer), none) << answer;
+    EXPECT_EQ(DleBitTexts(answer), none) << answer;
+    EXPECT_TRUE(NoCommunication(answer));
+  }
+  EXPECT_FALSE(NoCommunication(1));
+  EXPECT_FALSE(NoCommunication(0x7F));
+
+  EXPECT_EQ(DleBitTexts(0x74),
+            (std::vector<std::string>{"Drukarka jest w stanie ON-LINE.", Cp("Papier założony.")}));
+  EXPECT_EQ(DleBitTexts(0x73),
+            (std::vector<std::string>{"Drukarka jest w stanie OFF-LINE.", "Brak papieru.",
+                                      Cp("Błąd mechanizmu lub sterownika.")}));
+}
+
+}  // namespace
+}  // namespace tavena
