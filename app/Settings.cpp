@@ -137,11 +137,13 @@ bool LoadSettings(const std::string& path, SettingsRecord& record) {
 bool SaveSettings(const std::string& path, const SettingsRecord& record) {
   SettingsRecord copy = record;  // the table needs mutable targets
   std::string text;
-  for (const SettingEntry& entry : SettingsTable(copy)) text += entry.key + "=" + FormatValue(entry) + "\r\n";
+  for (const SettingEntry& entry : SettingsTable(copy))
+    text += entry.key + "=" + FormatValue(entry) + "\r\n";
   const std::string fresh = path + ".new";
   {
     std::ofstream out(fresh, std::ios::binary | std::ios::trunc);
-    if (!out || !out.write(text.data(), static_cast<std::streamsize>(text.size())).flush()) return false;
+    if (!out || !out.write(text.data(), static_cast<std::streamsize>(text.size())).flush())
+      return false;
   }
   std::error_code error;
   std::filesystem::rename(fresh, path, error);

@@ -21,8 +21,7 @@ bool SimulatorProcess::Start(const QString& program, const QString& model, int t
     return false;
   }
   const QDeadlineTimer deadline(timeout_ms);
-  while (!process_.canReadLine() && !deadline.hasExpired() &&
-         process_.state() == QProcess::Running)
+  while (!process_.canReadLine() && !deadline.hasExpired() && process_.state() == QProcess::Running)
     process_.waitForReadyRead(static_cast<int>(deadline.remainingTime()));
   path_ = process_.readLine().trimmed().toStdString();
   if (path_.empty()) {
@@ -44,8 +43,8 @@ void SimulatorProcess::Stop() {
 
 QString SimulatorProcess::FindProgram() {
   const QString here = QCoreApplication::applicationDirPath();
-  for (const QString& candidate : {here + QStringLiteral("/tavena-sim"),
-                                   here + QStringLiteral("/../sim/tavena-sim")})
+  for (const QString& candidate :
+       {here + QStringLiteral("/tavena-sim"), here + QStringLiteral("/../sim/tavena-sim")})
     if (QFileInfo(candidate).isExecutable()) return QFileInfo(candidate).canonicalFilePath();
   return QStandardPaths::findExecutable(QStringLiteral("tavena-sim"));
 }

@@ -49,7 +49,12 @@ const char* const kNoPorts =
 QStringList InfoControls() {
   QStringList names;
   for (int n = 1; n <= 19; ++n) names << QStringLiteral("Label%1").arg(n);
-  names << "AktualnyCom" << "ComboCom" << "Baud" << "Answer" << "EIloscZerowan" << "EOstatniZapis"
+  names << "AktualnyCom"
+        << "ComboCom"
+        << "Baud"
+        << "Answer"
+        << "EIloscZerowan"
+        << "EOstatniZapis"
         << "EDataPierwszegoRD";
   for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'})
     names << QStringLiteral("Vat%1").arg(letter) << QStringLiteral("ETot%1").arg(letter);
@@ -57,8 +62,8 @@ QStringList InfoControls() {
 }
 
 QStringList ShadedDisplays() {
-  QStringList names{"ETypDrukarki", "EFiskalny", "ECzasDrukarki", "ENumerPF", "EWersjaSoftu",
-                    "HCount"};
+  QStringList names{"ETypDrukarki", "EFiskalny",    "ECzasDrukarki",
+                    "ENumerPF",     "EWersjaSoftu", "HCount"};
   for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'})
     names << QStringLiteral("EVat%1").arg(letter);
   return names;
@@ -140,10 +145,9 @@ void TTavenaForm::ConnectHandlers() {
 // Commands whose handlers are not built yet stay greyed out rather than
 // seeming to do something.
 void TTavenaForm::MarkNotBuilt() {
-  for (QAction* action :
-       {ui->Otwrzpodmiot1, ui->Zapiszpodmiot1, ui->ClearPod, ui->ENQ1, ui->DLE1, ui->BEL1,
-        ui->PenyStatus1, ui->DObowy1, ui->Okresowy1, ui->Paragonza1gr1, ui->Programuj1,
-        ui->Odczytaj1})
+  for (QAction* action : {ui->Otwrzpodmiot1, ui->Zapiszpodmiot1, ui->ClearPod, ui->ENQ1, ui->DLE1,
+                          ui->BEL1, ui->PenyStatus1, ui->DObowy1, ui->Okresowy1, ui->Paragonza1gr1,
+                          ui->Programuj1, ui->Odczytaj1})
     action->setEnabled(false);
   for (QWidget* button : {static_cast<QWidget*>(ui->WDate), static_cast<QWidget*>(ui->WVAT),
                           static_cast<QWidget*>(ui->WHeader), static_cast<QWidget*>(ui->RD),
@@ -248,7 +252,8 @@ void TTavenaForm::FillPortList() {
 }
 
 void TTavenaForm::AddSimulatedPorts() {
-  for (int n = 1; n <= 9; ++n) ui->ComboCom->addItem(QStringLiteral("com%1 Port symulowany.").arg(n));
+  for (int n = 1; n <= 9; ++n)
+    ui->ComboCom->addItem(QStringLiteral("com%1 Port symulowany.").arg(n));
 }
 
 std::string TTavenaForm::PortNameFromEntry(const std::string& entry) {
@@ -318,13 +323,14 @@ void TTavenaForm::ReportFound() {
   link_->CloseChannel();
   link_->FillStatusFields(fields_, portName, baudRate);
   if (number < 0) {
-    ShowMessage(this, Tr("Drukarki nie znaleziono. Proszę podłaczyć drukarkę\ni wybrać port w menu."),
+    ShowMessage(this,
+                Tr("Drukarki nie znaleziono. Proszę podłaczyć drukarkę\ni wybrać port w menu."),
                 Tr("Komunikat o błędzie"));
     ShowFiscalControls(false);
     return;
   }
   ui->AktualnyCom->setText(link_->IsUsbPort(portName) ? Tr("Tavena USB  ")
-                                                    : Tr("%1 bodów ").arg(baudRate));
+                                                      : Tr("%1 bodów ").arg(baudRate));
   isFiscal = ui->EFiskalny->text().contains(Tr("fiskalny"));
   const QString type = ui->ETypDrukarki->text().toUpper();
   deviceKind = type.contains(Tr("QX-1")) || type.contains(Tr(" EJ")) ? '2' : '1';
@@ -334,9 +340,9 @@ void TTavenaForm::ReportFound() {
 }
 
 void TTavenaForm::ShowFiscalControls(bool fiscal) {
-  for (QWidget* control : {static_cast<QWidget*>(ui->Fiskalizacja),
-                           static_cast<QWidget*>(ui->FHeaderCheck),
-                           static_cast<QWidget*>(ui->FDateCheck), static_cast<QWidget*>(ui->FVatCheck)})
+  for (QWidget* control :
+       {static_cast<QWidget*>(ui->Fiskalizacja), static_cast<QWidget*>(ui->FHeaderCheck),
+        static_cast<QWidget*>(ui->FDateCheck), static_cast<QWidget*>(ui->FVatCheck)})
     control->setVisible(!fiscal);
 }
 

@@ -26,7 +26,8 @@ Options ParseOptions(const QStringList& arguments) {
   Options options;
   for (qsizetype i = 1; i < arguments.size(); ++i) {
     const QString& argument = arguments[i];
-    const bool has_value = i + 1 < arguments.size() && !arguments[i + 1].startsWith(QLatin1Char('-'));
+    const bool has_value =
+        i + 1 < arguments.size() && !arguments[i + 1].startsWith(QLatin1Char('-'));
     if (argument == QLatin1String("--simulate")) {
       options.simulate = true;
       if (has_value) options.model = arguments[++i];

@@ -4,7 +4,8 @@
 
 namespace tavena {
 
-TCompileListForm::TCompileListForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TCompileListForm) {
+TCompileListForm::TCompileListForm(QWidget* parent)
+    : TBaseForm(parent), ui(new Ui::TCompileListForm) {
   ui->setupUi(this);
 }
 

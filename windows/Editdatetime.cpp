@@ -4,7 +4,8 @@
 
 namespace tavena {
 
-TEditDateTimeForm::TEditDateTimeForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TEditDateTimeForm) {
+TEditDateTimeForm::TEditDateTimeForm(QWidget* parent)
+    : TBaseForm(parent), ui(new Ui::TEditDateTimeForm) {
   ui->setupUi(this);
 }
 

@@ -1,4 +1,5 @@
-// Sends compiled sequence files of a folder to the printer. Its controls and handlers are not built yet.
+// Sends compiled sequence files of a folder to the printer. Its controls and handlers are not built
+// yet.
 #pragma once
 
 #include <memory>

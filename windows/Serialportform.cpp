@@ -4,7 +4,8 @@
 
 namespace tavena {
 
-TSerialPortsForm::TSerialPortsForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TSerialPortsForm) {
+TSerialPortsForm::TSerialPortsForm(QWidget* parent)
+    : TBaseForm(parent), ui(new Ui::TSerialPortsForm) {
   ui->setupUi(this);
 }
 

@@ -27,9 +27,9 @@ TEST(Settings, WritesEveryKeyInTableOrderAndReadsItBack) {
   TempDir dir;
   ASSERT_TRUE(SaveSettings(dir.file("config.tav"), out));
   const std::string text = ReadFile(dir.file("config.tav"));
-  EXPECT_TRUE(text.starts_with(
-            "ListPath=C:\\logi \xB9\xE6\r\nListTop=1\r\nListLeft=2\r\nListWidth=300\r\n"
-            "ListHeight=400\r\nListShowing=1\r\nMainTop="));
+  EXPECT_TRUE(
+      text.starts_with("ListPath=C:\\logi \xB9\xE6\r\nListTop=1\r\nListLeft=2\r\nListWidth=300\r\n"
+                       "ListHeight=400\r\nListShowing=1\r\nMainTop="));
   EXPECT_NE(text.find("\r\nMainTop=-5\r\nMainLeft=7\r\nMainWidth=1000\r\nMainHeight=600\r\n"
                       "PodPath=\r\nPodFile=firma.pod\r\nPodTop=0\r\n"),
             std::string::npos);
@@ -38,7 +38,8 @@ TEST(Settings, WritesEveryKeyInTableOrderAndReadsItBack) {
   EXPECT_NE(text.find("\r\nFontInfoSet=Tahoma\r\nFontInfoCol=6908495\r\nFontInfoSize=12\r\n"
                       "FontInfoStyle=5\r\n"),
             std::string::npos);
-  EXPECT_TRUE(text.ends_with("FontWindSet=\r\nFontWindCol=-1\r\nFontWindSize=0\r\nFontWindStyle=0\r\n"));
+  EXPECT_TRUE(
+      text.ends_with("FontWindSet=\r\nFontWindCol=-1\r\nFontWindSize=0\r\nFontWindStyle=0\r\n"));
   EXPECT_EQ(SettingsTable(out).size(), 50u);
   EXPECT_FALSE(std::filesystem::exists(dir.file("config.tav.new")));
 

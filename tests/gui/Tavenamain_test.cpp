@@ -84,10 +84,14 @@ TEST_F(MainWindowTest, EveryWindowExistsOnceInStartUpOrderWithItsCaption) {
   EXPECT_EQ(form->pos(), QPoint(0, 0));
 
   QStringList missing;
-  QStringList names{"ComboCom", "Baud", "AktualnyCom", "Answer", "ETypDrukarki", "EWersjaSoftu",
-                    "EFiskalny", "EIloscZerowan", "EOstatniZapis", "ENumerPF", "ECzasDrukarki",
-                    "EDataPierwszegoRD", "ENIP", "HCount", "Label12", "Label15", "FHeaderCheck",
-                    "FDateCheck", "FVatCheck", "Fiskalizacja", "RD", "WDate", "WVAT", "WHeader",
+  QStringList names{"ComboCom",       "Baud",          "AktualnyCom",
+                    "Answer",         "ETypDrukarki",  "EWersjaSoftu",
+                    "EFiskalny",      "EIloscZerowan", "EOstatniZapis",
+                    "ENumerPF",       "ECzasDrukarki", "EDataPierwszegoRD",
+                    "ENIP",           "HCount",        "Label12",
+                    "Label15",        "FHeaderCheck",  "FDateCheck",
+                    "FVatCheck",      "Fiskalizacja",  "RD",
+                    "WDate",          "WVAT",          "WHeader",
                     "TworzenieLogow", "SeekCom"};
   for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'})
     names << QStringLiteral("EVat%1").arg(letter) << QStringLiteral("ETot%1").arg(letter)
@@ -103,9 +107,10 @@ TEST_F(MainWindowTest, EveryWindowExistsOnceInStartUpOrderWithItsCaption) {
   EXPECT_EQ(Text("Label12"), U("Licznik bajtów nagłówka"));
 
   const std::pair<const char*, const char*> menu[] = {
-      {"Otwrzpodmiot1", "Otwórz podmiot"}, {"Koniec1", "Koniec"}, {"PenyStatus1", "Pełny Status"},
-      {"Paragonza1gr1", "Paragon za 1gr"}, {"MonitorLogi1", "Monitor (Logi)"},
-      {"Wysyanieplikw1", "Wysyłanie plików"}, {"Ustawienia3", "Ustawienia"}, {"Color2", "Color"},
+      {"Otwrzpodmiot1", "Otwórz podmiot"}, {"Koniec1", "Koniec"},
+      {"PenyStatus1", "Pełny Status"},     {"Paragonza1gr1", "Paragon za 1gr"},
+      {"MonitorLogi1", "Monitor (Logi)"},  {"Wysyanieplikw1", "Wysyłanie plików"},
+      {"Ustawienia3", "Ustawienia"},       {"Color2", "Color"},
       {"Oprogramie1", "O programie"}};
   for (const auto& [name, caption] : menu) {
     QAction* action = form->findChild<QAction*>(U(name));
@@ -123,7 +128,8 @@ TEST_F(MainWindowTest, FoundPrinterFillsFieldsAndSetsKindAndMode) {
   link->find_result = 1;
   link->found_port = "com3";
   link->found_baud = 19200;
-  link->fields = {{"ETypDrukarki", "TAVENA QX-1 RX"}, {"EFiskalny", "Tryb fiskalny."},
+  link->fields = {{"ETypDrukarki", "TAVENA QX-1 RX"},
+                  {"EFiskalny", "Tryb fiskalny."},
                   {"EWersjaSoftu", "2.15"}};
   Start();
   EXPECT_EQ(form->PortName(), "com3");
@@ -260,8 +266,9 @@ TEST_F(MainWindowTest, NoPortsAndWineGiveNineSimulatedEntries) {
   ASSERT_EQ(dialogs.messages.size(), 2u);
   const QString advice = dialogs.messages[1].text;
   EXPECT_EQ(dialogs.messages[1].caption, U("Informacja."));
-  EXPECT_TRUE(advice.startsWith(U("Program wykrył, że pracuje pod emulatorem WINE.\rPrzypomina się "
-                                  "o prawidłowej konfiguracji Linux i WINE.\r")));
+  EXPECT_TRUE(
+      advice.startsWith(U("Program wykrył, że pracuje pod emulatorem WINE.\rPrzypomina się "
+                          "o prawidłowej konfiguracji Linux i WINE.\r")));
   EXPECT_TRUE(advice.contains(U("modprobe usbserial vendor=0x7A7A product=0x000X\r")));
   EXPECT_TRUE(advice.contains(U("poniższe \rprzykładowe")));
   EXPECT_TRUE(advice.contains(U("~/.wine/dosdevices/com1\t - Wbudowany port\r")));
