@@ -81,12 +81,15 @@ std::unique_ptr<SerialDevice> OpenHostSerialDevice(const std::string& port_name,
 bool RunningUnderWine();
 // Forces the answer of RunningUnderWine (tests); nullopt restores detection.
 void SetWineOverride(std::optional<bool> under_wine);
+// The host backend's own detection, without the override.
+bool DetectWineHost();
 
 // True where port names may be device paths (Linux): such a name is opened
 // as given and comN stands for /dev/ttyS(N-1).
 bool HostUsesDevicePaths();
 // The device a port name opens on this host: on Linux comN and \\.\comN give
-// /dev/ttyS(N-1), anything else is a path used as is; on Windows the name itself.
+// /dev/ttyS(N-1), a path is used as is, anything else gives ""; on Windows
+// the name itself.
 std::string HostDevicePath(const std::string& port_name);
 // Base name of a port's log file: the port name on Windows, the last part of
 // the device path on Linux (com3 -> ttyS2, /dev/ttyUSB0 -> ttyUSB0).
