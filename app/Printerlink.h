@@ -47,8 +47,4 @@ class PrinterLink {
   virtual std::string OpenFailureAdvice() = 0;
 };
 
-// The port number of a name: the digits after a case-insensitive "com", 0
-// when there is none.
-int PortNumber(const std::string& port);
-
 }  // namespace tavena

@@ -7,6 +7,7 @@
 #include "app/Dialogs.h"
 #include "app/Fonts.h"
 #include "app/Texts.h"
+#include "transport/Fastcom.h"
 #include "ui_Tavenamain.h"
 #include "windows/About.h"
 #include "windows/Edytor.h"
@@ -80,21 +81,6 @@ QStringList EditControls() {
 }
 
 }  // namespace
-
-int PortNumber(const std::string& port) {
-  if (port.size() < 3) return 0;
-  size_t start = 0;
-  if ((port[0] | 0x20) == 'c' && (port[1] | 0x20) == 'o' && (port[2] | 0x20) == 'm')
-    start = 3;
-  else if (port[0] == '\\' || port[0] == '.' || port[0] == '/')
-    start = 1;
-  else
-    return 0;
-  int64_t number = 0;
-  for (size_t i = start; i < port.size() && port[i] >= '0' && port[i] <= '9'; ++i)
-    number = number * 10 + (port[i] - '0');
-  return static_cast<int>(number);
-}
 
 TTavenaForm::TTavenaForm(std::unique_ptr<PrinterLink> link, std::string settings_folder,
                          QWidget* parent)
@@ -300,7 +286,7 @@ void TTavenaForm::ConnectPrinter() {
   const int32_t remembered_baud = baudRate;
   const int result = link_->FindPrinter(portName, baudRate);
   link_->CloseChannel();
-  if (PortNumber(portName) < 1) link_->OpenChannel(portName, baudRate);
+  if (PortNumberOf(portName.c_str()) < 1) link_->OpenChannel(portName, baudRate);
   if (result == 1) {
     ReportFound();
   } else if (result == 2) {
@@ -309,7 +295,7 @@ void TTavenaForm::ConnectPrinter() {
   } else {
     portName = remembered_port;
     baudRate = remembered_baud;
-    if (PortNumber(portName) > 0) link_->OpenChannel(portName, baudRate);
+    if (PortNumberOf(portName.c_str()) > 0) link_->OpenChannel(portName, baudRate);
     const std::string advice = link_->OpenFailureAdvice();
     if (!advice.empty()) ShowMessage(this, FromCp1250(advice), Caption());
   }
@@ -319,7 +305,7 @@ void TTavenaForm::ConnectPrinter() {
 // The printer answered: read its identity and state, then show what kind
 // of printer it is. The identity read opens a channel of its own.
 void TTavenaForm::ReportFound() {
-  const int number = PortNumber(portName);
+  const int number = PortNumberOf(portName.c_str());
   link_->CloseChannel();
   link_->FillStatusFields(fields_, portName, baudRate);
   if (number < 0) {

@@ -208,16 +208,6 @@ TEST_F(MainWindowTest, MessagesOfTheSearch) {
   EXPECT_EQ(dialogs.messages[0].text,
             U("Znaleziono podłączoną Kopię Elektroniczną.\nProszę wybrać port ręcznie."));
   EXPECT_EQ(dialogs.messages[0].caption, U("Program serwisowy drukarek."));
-
-  // A port number too large for 32 bits.
-  link->find_result = 1;
-  link->found_port = "com2147483648";
-  form->ConnectPrinter();
-  ASSERT_EQ(dialogs.messages.size(), 2u);
-  EXPECT_EQ(dialogs.messages[1].text,
-            U("Drukarki nie znaleziono. Proszę podłaczyć drukarkę\ni wybrać port w menu."));
-  EXPECT_EQ(dialogs.messages[1].caption, U("Komunikat o błędzie"));
-  EXPECT_FALSE(form->findChild<QWidget*>("Fiskalizacja")->isHidden());
 }
 
 TEST_F(MainWindowTest, PortListAndChoosingPortAndSpeed) {
