@@ -1,5 +1,6 @@
 #include "Tavenaapp.h"
 
+#include "protocol/Printererrors.h"
 #include "windows/About.h"
 #include "windows/Baza.h"
 #include "windows/Compilelist.h"
@@ -28,6 +29,7 @@ std::unique_ptr<TTavenaForm> CreateWindows(std::unique_ptr<PrinterLink> link,
   w.baza = new TBazaForm(owner);
   w.info = new TInfoForm(owner);
   w.error = new TErrorForm(owner);
+  w.error->SetLookup(PrinterErrorText);
   w.edytor = new TEdytorForm(owner);
   w.compile_list = new TCompileListForm(owner);
   w.serial_ports = new TSerialPortsForm(owner);
