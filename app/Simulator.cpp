@@ -14,7 +14,10 @@ SimulatorProcess::~SimulatorProcess() {
 bool SimulatorProcess::Start(const QString& program, const QString& model, int timeout_ms) {
   QStringList arguments;
   if (!model.isEmpty()) arguments << QStringLiteral("--model") << model;
-  process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  // The simulator's exchange log is kept short in memory: it only matters
+  // when the start fails, and an unread pipe would stall the simulator.
+  process_.setProcessChannelMode(QProcess::SeparateChannels);
+  QObject::connect(&process_, &QProcess::readyReadStandardError, [this] { KeepLog(); });
   process_.start(program, arguments, QIODevice::ReadOnly);
   if (!process_.waitForStarted(timeout_ms)) {
     error_ = process_.errorString();
@@ -25,7 +28,8 @@ bool SimulatorProcess::Start(const QString& program, const QString& model, int t
     process_.waitForReadyRead(static_cast<int>(deadline.remainingTime()));
   path_ = process_.readLine().trimmed().toStdString();
   if (path_.empty()) {
-    error_ = QStringLiteral("tavena-sim printed no terminal path");
+    KeepLog();
+    error_ = QStringLiteral("tavena-sim printed no terminal path: ") + QString::fromLocal8Bit(log_);
     Stop();
     return false;
   }
@@ -39,6 +43,11 @@ void SimulatorProcess::Stop() {
     process_.kill();
     process_.waitForFinished(2000);
   }
+}
+
+void SimulatorProcess::KeepLog() {
+  log_ += process_.readAllStandardError();
+  if (log_.size() > kLogLimit) log_.remove(0, log_.size() - kLogLimit);
 }
 
 QString SimulatorProcess::FindProgram() {

@@ -2,6 +2,7 @@
 // serving a pseudo-terminal whose path is the first line of its output.
 #pragma once
 
+#include <QByteArray>
 #include <QProcess>
 #include <QString>
 #include <string>
@@ -29,7 +30,11 @@ class SimulatorProcess {
   static QString FindProgram();
 
  private:
+  static constexpr qsizetype kLogLimit = 4096;
+  void KeepLog();
+
   QProcess process_;
+  QByteArray log_;  // the end of the simulator's own log
   std::string path_;
   QString error_;
 };
