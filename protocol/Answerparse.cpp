@@ -141,11 +141,11 @@ int32_t StatusYear(int32_t year) {
 double ClassifyRate(double value, bool& special) {
   if (value >= 99.99 && value < 100.01) {
     special = true;
-    return kRateExempt;
+    return kVatExempt;
   }
   if (value >= 100.99 && value < 101.01) {
     special = true;
-    return kRateInactive;
+    return kVatInactive;
   }
   return value;
 }
@@ -153,9 +153,9 @@ double ClassifyRate(double value, bool& special) {
 void ReadRates(Cursor& in, StatusRecord& record) {
   bool special = false;
   for (double& rate : record.rates) {
-    rate = in.FieldHasDecimalPoint() ? ClassifyRate(in.ReadDouble(), special) : kRateInactive;
+    rate = in.FieldHasDecimalPoint() ? ClassifyRate(in.ReadDouble(), special) : kVatInactive;
   }
-  if (!special) record.rates[6] = kRateExempt;
+  if (!special) record.rates[6] = kVatExempt;
 }
 
 void ReadTotals(Cursor& in, StatusRecord& record) {
@@ -172,7 +172,7 @@ std::string Money(double value) {
 
 std::string RateText(double rate) {
   if (rate >= 0) return Money(rate);
-  return rate == kRateExempt ? "zw" : "-1";
+  return rate == kVatExempt ? "zw" : "-1";
 }
 
 std::string FormatTotals(const std::array<double, 7>& totals) {
@@ -339,6 +339,17 @@ std::string FormatStatusField(const StatusRecord& r, int selector) {
 }
 
 bool FindReportDate(std::string_view text, int& year, int& month, int& day) {
+  const size_t mark = text.find("#R");
+  if (mark != std::string_view::npos && mark + 2 < text.size() && IsDigit(text[mark + 2])) {
+    Cursor in(text, mark + 2);
+    const int32_t y = ClockYear(in.ReadUnsigned());
+    const int32_t m = in.ReadUnsigned();
+    const int32_t d = in.ReadUnsigned();
+    if (ValidDate(y, m, d)) {
+      year = y, month = m, day = d;
+      return true;
+    }
+  }
   for (size_t pos = 0; pos < text.size(); ++pos) {
     if (!IsDigit(text[pos]) || (pos > 0 && IsDigit(text[pos - 1]))) continue;
     int part[3];

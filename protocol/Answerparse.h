@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "Inputcheck.h"  // kVatInactive, kVatExempt, VatRates
+
 namespace tavena {
 
 // What the identity answer tells.
@@ -31,16 +33,12 @@ inline constexpr const char* kClockDefault = "1980-01-01 00:00";
 // when the answer holds no "#C".
 std::string ParseClock(std::string_view answer);
 
-// VAT rate values: a percentage, or one of these.
-inline constexpr double kRateInactive = -1.0;
-inline constexpr double kRateExempt = -2.0;
-
 // The status record, in the order of the answer.
 struct StatusRecord {
   int32_t f0 = 0, f1 = 0, f2 = 0, f3 = 0, f4 = 0;
   int32_t resets = 0;                    // -1 when the answer marks it with "<" or ">"
   int32_t year = 0, month = 0, day = 0;  // date of the last record, four-digit year
-  std::array<double, 7> rates{};         // A..G
+  VatRates rates{};                      // A..G
   int32_t receipts = 0;
   std::array<double, 7> totals{};
   double further = 0.0;
@@ -77,8 +75,10 @@ std::string FormatStatusField(const StatusRecord& record, int selector);
 // Rates as "23.00;8.00;-1;zw;..." (seven items each ended by ";").
 std::string FormatRates(const std::array<double, 7>& rates);
 
-// Looks for the first date in a report text: "YYYY-MM-DD" or "DD-MM-YYYY",
-// with "-", "." or "/" between the parts. False when there is none.
+// Looks for the date of the first daily report in the answer to
+// "2;0;0;1#r": "#R" followed by year;month;day (two-digit year read as the
+// clock reads it), else the first "YYYY-MM-DD" or "DD-MM-YYYY" in a report
+// text, with "-", "." or "/" between the parts. False when there is none.
 bool FindReportDate(std::string_view text, int& year, int& month, int& day);
 
 }  // namespace tavena

@@ -132,7 +132,7 @@ class Drukarka {
   // ---- Printer commands (each frames its body with a control sum) ----
   bool SetClock(int year, int month, int day, int hour, int minute, int second);
   bool SetClockFromText(const std::string& text);
-  // Rates A..G: percentage, kRateInactive (-1) or kRateExempt (-2); the
+  // Rates A..G: percentage, kVatInactive (-1) or kVatExempt (-2); the
   // wire form follows subtype.
   bool SetVatRates(const std::array<double, 7>& rates);
   bool SetHeader(const std::vector<HeaderLine>& lines);
@@ -176,7 +176,7 @@ class Drukarka {
   std::string CollectUntilSub(int total_ms);
   std::string TypedProbe(int expected_type, int& result);
   std::string UntypedProbes(int& result);
-  int Identify(const std::string& reply);
+  int Identify(const std::string& reply, bool printer_answered);
   void SendComposite(bool long_mode);
 
   bool logging_ = false;

@@ -36,7 +36,7 @@ std::vector<int> NumbersIn(const std::string& text) {
 }
 
 bool IsExempt(double rate) {
-  return rate == kRateExempt;
+  return rate == kVatExempt;
 }
 
 // Two-digit family: 101 and 100 stand for inactive and exempt.

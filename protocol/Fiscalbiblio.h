@@ -72,7 +72,7 @@ std::optional<std::string> ClockBody(int year, int month, int day, int hour, int
 // The clock body from a text holding year, month, day, hour, minute and
 // optionally second as numbers; nullopt when fewer than five numbers.
 std::optional<std::string> ClockBodyFromText(const std::string& text);
-// Seven rates (percentage, kRateInactive, kRateExempt) in the wire form of
+// Seven rates (percentage, kVatInactive, kVatExempt) in the wire form of
 // the subtype: 3 and 4 write 101/100 for inactive/exempt, others use flags.
 std::string VatRatesBody(const std::array<double, 7>& rates, int32_t subtype);
 // "0$f", the lines (at most 8, empty ones left out), 0xFF; cut at 220 bytes.

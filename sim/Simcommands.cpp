@@ -109,8 +109,8 @@ std::string TwoDigits(int v) {
 }
 
 std::string RateWire(double rate) {
-  if (rate == kRateExempt) return "100.00";
-  if (rate == kRateInactive) return "101.00";
+  if (rate == kSimRateExempt) return "100.00";
+  if (rate == kSimRateInactive) return "101.00";
   return Format("%.2f", rate);
 }
 
@@ -265,7 +265,7 @@ std::string SimCommands::FirstReportText() const {
   std::string t = "2#R";
   const SimDate& d = s_.first_daily_report;
   if (d.Valid())
-    t += TwoDigits(d.year % 100) + ";" + TwoDigits(d.month) + ";" + TwoDigits(d.day) + ";";
+    t += std::to_string(d.year) + "-" + TwoDigits(d.month) + "-" + TwoDigits(d.day) + ";";
   return t;
 }
 
@@ -306,15 +306,15 @@ int SimCommands::SetRates(const SimFrame& f) {
     const int flag = two_digit ? 0 : f.params[i + 1];
     if (flag < 0 || flag > 2) return kErrRates;
     if (two_digit && values[i] == "101") {
-      v = kRateInactive;
+      v = kSimRateInactive;
     } else if (two_digit && values[i] == "100") {
-      v = kRateExempt;
+      v = kSimRateExempt;
     } else if (v > 99.99) {
       return kErrRates;
     }
-    if (flag == 1) v = kRateInactive;
-    if (flag == 2) v = kRateExempt;
-    exempt += v == kRateExempt;
+    if (flag == 1) v = kSimRateInactive;
+    if (flag == 2) v = kSimRateExempt;
+    exempt += v == kSimRateExempt;
     rates[i] = v;
   }
   if (exempt > 1) return kErrRates;
@@ -323,14 +323,10 @@ int SimCommands::SetRates(const SimFrame& f) {
   for (const double t : s_.totals)
     if (t != 0) return kErrNonZeroTotals;
   if (s_.fiscal && s_.rate_changes >= 30) return kErrRateChanges;
-  return ApplyRates(rates) ? kErrNone : kErrRates;
-}
-
-bool SimCommands::ApplyRates(const std::array<double, 7>& rates) {
   s_.rates = rates;
   ++s_.rate_changes;
   if (s_.fiscal) s_.last_record = Today();
-  return true;
+  return kErrNone;
 }
 
 int SimCommands::SetHeader(const SimFrame& f) {
@@ -439,7 +435,7 @@ int SimCommands::SaleLine(const SimFrame& f) {
     const size_t wanted = fourth ? 5 : 4;
     if (amounts.size() != wanted || !amounts.back().empty()) return kErrAmounts;
     const int rate = RateIndex(amounts[0]);
-    if (rate < 0 || s_.rates[rate] == kRateInactive) return kErrRateLetter;
+    if (rate < 0 || s_.rates[rate] == kSimRateInactive) return kErrRateLetter;
     double price = 0, value = 0, extra = 0;
     if (!ParseAmount(amounts[1], price) || price <= 0) return kErrPrice;
     if (!ParseAmount(amounts[2], value) ||

@@ -93,7 +93,6 @@ class SimCommands {
   int EndOrCancel(const SimFrame& f);
   int EndTransaction(const SimFrame& f);
   int CashCommand(const SimFrame& f);
-  bool ApplyRates(const std::array<double, 7>& rates);
   SimDate Today() const;
 
   SimState& s_;

@@ -28,6 +28,7 @@ constexpr const char* kUsage =
     "  --fixed-clock \"YYYY-MM-DD HH:MM\"\n"
     "                        the printer's clock stands at this time\n"
     "  --fiscal              start in fiscal mode\n"
+    "  --quiet               log nothing but failures\n"
     "  --list-models         print the model names and exit\n"
     "  -h, --help            print this help and exit\n"
     "\n"
@@ -107,6 +108,7 @@ class Parser {
     if (a == "-h" || a == "--help") return o.help = true;
     if (a == "--list-models") return o.list_models = true;
     if (a == "--fiscal") return o.fiscal = true;
+    if (a == "--quiet") return o.server.quiet = true;
     if (a == "--silent") return o.faults.silent = true;
     if (a == "--bad-sum") return o.faults.bad_answer_sum = true;
     if (a == "--xoff") return o.faults.xoff = true;

@@ -33,7 +33,8 @@ class SimSerialDevice : public SerialDevice {
   bool closed_ = false;
 };
 
-// Registers a printer under a port name for the life of the object. While
+// Registers a printer under a port name for the life of the object. Use a
+// "comN" name (N from 1): FastCom's open by number reaches it on every host. While
 // any SimPort exists, FastCom's opener serves the registered names (letter
 // case and a leading \\.\ ignored) and refuses every other name (ENOENT), so
 // a test never reaches a real port. A port opens once at a time (EBUSY),

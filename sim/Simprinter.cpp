@@ -136,7 +136,12 @@ void SimPrinter::HandleIdle(uint8_t b, int64_t t_us) {
   }
   if (b == kEnq) {
     ++record_.enq;
-    Answer(std::string(1, static_cast<char>(state_.EnqByte())), t_us, "ENQ");
+    std::string answer(1, static_cast<char>(state_.EnqByte()));
+    if (!faults_.enq_answers.empty()) {
+      answer = faults_.enq_answers.substr(0, 1);
+      faults_.enq_answers.erase(0, 1);
+    }
+    Answer(answer, t_us, "ENQ");
   } else if (b == kDle) {
     ++record_.dle;
     Answer(std::string(1, static_cast<char>(state_.DleByte())), t_us, "DLE");

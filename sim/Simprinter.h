@@ -30,6 +30,7 @@ struct SimFaults {
   int close_after_frames = -1;      // the line closes after this many frames (-1: never)
   bool line_rate = false;           // every byte takes 10 bit times at the printer's speed
   int noise_every_ms = 0;           // sends a noise byte this often, asked or not (0: never)
+  std::string enq_answers;  // the next ENQs get these bytes, one each, instead of the status
 };
 
 inline constexpr uint8_t kSimNoiseByte = 0x7E;

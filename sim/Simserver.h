@@ -11,6 +11,7 @@ namespace tavena {
 struct SimServerOptions {
   std::string link;           // make this path a symbolic link to the terminal
   bool enforce_baud = false;  // a client at another speed than the printer's is not understood
+  bool quiet = false;         // log only failures
 };
 
 // Opens a pseudo-terminal, writes its path as the first line of out,

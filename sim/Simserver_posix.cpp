@@ -140,6 +140,7 @@ class Server {
     Log("serving " + printer_.Model().name + " at " + std::to_string(printer_.Baud()) + " bd on " +
         pty_.Path() + (options_.link.empty() ? "" : " (" + options_.link + ")"));
     InstallSignals();
+    KeepLogFromBlocking();
     while (!g_stop && !printer_.LineClosed()) {
       if (!Step()) break;
     }
@@ -154,7 +155,17 @@ class Server {
     return 1;
   }
 
+  // A log on a pipe nobody reads must not stall the printer: lines are
+  // dropped instead. (A terminal or file is left as it is.)
+  void KeepLogFromBlocking() {
+    struct stat st {};
+    const int fd = fileno(log_);
+    if (fstat(fd, &st) == 0 && S_ISFIFO(st.st_mode))
+      fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
+  }
+
   void Log(const std::string& line) {
+    if (options_.quiet) return;
     std::fprintf(log_, "%s%s\n", SimLogStamp().c_str(), line.c_str());
     std::fflush(log_);
   }

@@ -48,8 +48,8 @@ int64_t EpochMsOf(const LocalTime& t);
 bool ValidLocalTime(const LocalTime& t);
 
 // Rate values: a percentage, or one of these.
-inline constexpr double kRateInactive = -1;
-inline constexpr double kRateExempt = -2;
+inline constexpr double kSimRateInactive = -1;
+inline constexpr double kSimRateExempt = -2;
 
 struct SimState {
   // Status bits.
@@ -61,7 +61,7 @@ struct SimState {
   bool mechanism_error = false;  // DLE bit 0
   int last_error = -1;           // number of the last refused command; -1 none yet
 
-  std::array<double, 7> rates = {23, 8, 5, 0, kRateInactive, kRateInactive, kRateExempt};
+  std::array<double, 7> rates = {23, 8, 5, 0, kSimRateInactive, kSimRateInactive, kSimRateExempt};
   std::vector<std::string> header;  // Windows-1250 lines, blanks and SO/DC4 as sent
   std::string nip;
   int ram_resets = 1;

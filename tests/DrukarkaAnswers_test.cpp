@@ -152,6 +152,12 @@ TEST(DrukarkaAnswersTest, StatusRulesForResetsYearsAndRates) {
 
 TEST(DrukarkaAnswersTest, FirstReportDateInText) {
   int y = 0, m = 0, d = 0;
+  ASSERT_TRUE(FindReportDate("\x1bP2#R12;05;14;8C\x1b\\", y, m, d));
+  EXPECT_EQ(y * 10000 + m * 100 + d, 20120514);
+  ASSERT_TRUE(FindReportDate("2#R99;12;31;", y, m, d));
+  EXPECT_EQ(y * 10000 + m * 100 + d, 19991231);
+  EXPECT_FALSE(FindReportDate("\x1bP2#R8C\x1b\\", y, m, d));  // no report yet
+  EXPECT_FALSE(FindReportDate("2#R12;13;14;", y, m, d));
   ASSERT_TRUE(FindReportDate("RAPORT DOBOWY\r\nNr 1 2012-05-14 09:00\r\n", y, m, d));
   EXPECT_EQ(y * 10000 + m * 100 + d, 20120514);
   ASSERT_TRUE(FindReportDate("od 14.05.2012", y, m, d));

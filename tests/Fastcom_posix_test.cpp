@@ -91,6 +91,20 @@ class FastComPty : public ::testing::Test {
   test::ScopedEnv env_{"TAVENA_LOG_DIR", logs_.str()};
 };
 
+TEST(FastComLinuxNames, ComNamesMapToTtySAndLogBases) {
+  EXPECT_EQ(HostDevicePath("com3"), "/dev/ttyS2");
+  EXPECT_EQ(HostDevicePath("COM1"), "/dev/ttyS0");
+  EXPECT_EQ(HostDevicePath("\\\\.\\COM12"), "/dev/ttyS11");
+  EXPECT_EQ(HostDevicePath("/dev/ttyUSB0"), "/dev/ttyUSB0");
+  EXPECT_EQ(HostDevicePath("com0"), "");
+  EXPECT_EQ(HostDevicePath("com3x"), "");
+  EXPECT_EQ(HostDevicePath("ttyUSB0"), "");
+  EXPECT_EQ(LogBaseNameOf("com3"), "ttyS2");
+  EXPECT_EQ(LogBaseNameOf("\\\\.\\com12"), "ttyS11");
+  EXPECT_EQ(LogBaseNameOf("/dev/ttyACM0"), "ttyACM0");
+  EXPECT_EQ(LogBaseNameOf("com0"), "com0");
+}
+
 TEST_F(FastComPty, OpenCloseTwiceAndTheirLogLines) {
   FastCom com;
   com.SetLogging(true);

@@ -73,6 +73,7 @@ class FastComFake : public ::testing::Test {
 
   VirtualClock clock_;
   ScopedClock scoped_{&clock_};
+  ScopedWine windows_{false};  // the Windows write unless a test says otherwise
   ScopedFakeSerial fake_;
   PortLog log_;
 };

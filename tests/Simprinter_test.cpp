@@ -174,7 +174,7 @@ TEST_F(SimPrinterTest, StatusAnswerCarriesTheStateInTheReadForms) {
   s.ram_resets = 12;
   s.resets_mark = '<';
   s.last_record = SimDate{1999, 12, 31};
-  s.rates = {22, kRateExempt, 7.5, 3, 0, kRateInactive, 0};
+  s.rates = {22, kSimRateExempt, 7.5, 3, 0, kSimRateInactive, 0};
   s.totals = {1.5, 2, 3, 4, 5, 6, 7.25};
   s.receipts = 42;
   s.further_amount = 28.75;
@@ -242,7 +242,8 @@ TEST_F(SimPrinterTest, VatRatesInBothWireForms) {
   const std::string two_digit = "7$p23.00/8.00/5.00/0.00/101/101/100/";
   EXPECT_EQ(ControlSumHex(flags), "98");
   EXPECT_EQ(ControlSumHex(two_digit), "BE");
-  const std::array<double, 7> wanted = {23, 8, 5, 0, kRateInactive, kRateInactive, kRateExempt};
+  const std::array<double, 7> wanted = {
+      23, 8, 5, 0, kSimRateInactive, kSimRateInactive, kSimRateExempt};
 
   auto lumen = Make("LUMEN");
   lumen->State().rates = {};
@@ -386,7 +387,7 @@ TEST_F(SimPrinterTest, TestReceiptAndReports) {
   EXPECT_EQ(p->State().daily_reports, 1);
   EXPECT_EQ(p->State().receipts, 0);
   EXPECT_EQ(p->State().totals, (std::array<double, 7>{}));
-  EXPECT_EQ(Talk(*p, "\x1BP2;0;0;1#r96" + kEnd), "\x1BP2#R12;05;14;84" + kEnd);
+  EXPECT_EQ(Talk(*p, "\x1BP2;0;0;1#r96" + kEnd), "\x1BP2#R2012-05-14;86" + kEnd);
   // Periodic report: dates checked, second not before the first.
   Talk(*p, Framed("12;5;1;12;5;14;0#o"));
   Talk(*p, Framed("12;5;14;12;5;1;0#o"));
@@ -439,6 +440,9 @@ TEST_F(SimPrinterTest, Faults) {
   p->Faults().answers_before_silence = 2;
   EXPECT_EQ(Hex(Talk(*p, "\x05\x05\x05")), "65 65");
   p->Faults().answers_before_silence = -1;
+  // Scripted ENQ answers, then the status again.
+  p->Faults().enq_answers = "\x4C\x68";
+  EXPECT_EQ(Hex(Talk(*p, "\x05\x05\x05")), "4C 68 65");
   // Garbage before every answer, and a wrong sum in framed answers.
   p->Faults().garbage = std::string("\x00\xFFzz", 4);
   p->Faults().bad_answer_sum = true;

@@ -15,6 +15,8 @@
 #include <vector>
 
 #include "TestSupport.h"
+#include "sequence/Clock.h"
+#include "transport/Fastcom.h"
 
 extern char** environ;
 
@@ -175,6 +177,46 @@ TEST(SimServerTest, ServesThePrinterOnThePrintedPath) {
   EXPECT_NE(log.find("ENQ -> 0x65"), std::string::npos) << log;
   EXPECT_NE(log.find("frame #v -> <1B>P4#RTAVENA QX-1/4.10<1B>\\"), std::string::npos) << log;
   EXPECT_NE(log.find("stopped"), std::string::npos) << log;
+}
+
+TEST(SimServerTest, FastComOverThePseudoTerminal) {
+  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
+  SimProcess sim({"--model", "TM410", "--baud", "19200", "--line-rate"});
+  const std::string path = sim.FirstLine(5000);
+  ASSERT_FALSE(path.empty());
+  for (int round = 0; round < 2; ++round) {
+    FastCom com;
+    com.baud_rate = 19200;
+    ASSERT_TRUE(com.Open(path.c_str(), 1)) << com.LastOpenError();
+    ASSERT_TRUE(com.Send(iBuffer("\x05")));
+    iBuffer reply;
+    for (int i = 0; i < 100 && reply.Empty(); ++i) {
+      SleepMs(10);
+      com.ReadCount(reply, 10);
+    }
+    EXPECT_EQ(test::Hex(reply.ToString()), "65");
+    ASSERT_TRUE(com.Send(iBuffer("\x1BP#v\x1B\\")));
+    com.ReadUntil(reply, 500, "\x1B\\");
+    EXPECT_EQ(reply.ToString(), "\x1BP0#RTAVENA TM410/7.00\x1B\\");
+    EXPECT_TRUE(com.Close());
+  }
+  EXPECT_EQ(sim.Stop(SIGINT), 0);
+}
+
+TEST(SimServerTest, AFullLogPipeDoesNotStallThePrinter) {
+  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
+  SimProcess sim({});  // standard error goes to a pipe this test never reads
+  const std::string path = sim.FirstLine(5000);
+  ASSERT_FALSE(path.empty());
+  Client client(path);
+  const std::string batch(200, '\x05');
+  size_t answered = 0;
+  for (int i = 0; i < 60; ++i) {  // about 200 kB of log lines
+    const size_t got = client.Ask(batch, std::string(200, '\x65')).size();
+    answered += got;
+    if (got != batch.size()) break;  // stalled
+  }
+  EXPECT_EQ(answered, 60u * 200u);
 }
 
 TEST(SimServerTest, ClosedLineEndsTheServerAndBadOptionsAreRefused) {

@@ -1,0 +1,285 @@
+// Frames, control bytes and confirmed streams of the printer object over a
+// scripted device on virtual time: exact bytes on the wire, exact waits, and
+// the exchange lines in the log and the monitor.
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <memory>
+
+#include "TestSupport.h"
+#include "protocol/Drukarka.h"
+#include "sequence/Clock.h"
+#include "sequence/Codepage.h"
+#include "sequence/Messagelanguage.h"
+#include "transport/Serialdevice.h"
+
+namespace tavena {
+namespace {
+
+using test::Hex;
+
+// What the scripted device saw and will answer. Each write takes the next
+// reply (if any) and delivers it delay_ms later.
+struct Script {
+  std::vector<std::string> writes;
+  std::deque<std::string> replies;
+  int delay_ms = 20;
+  std::deque<std::pair<int64_t, char>> out;
+
+  size_t Arrived() const {
+    size_t n = 0;
+    while (n < out.size() && out[n].first <= NowMs()) ++n;
+    return n;
+  }
+};
+
+class ScriptedDevice : public SerialDevice {
+ public:
+  explicit ScriptedDevice(std::shared_ptr<Script> script) : s_(std::move(script)) {}
+  bool Purge(uint32_t) override {
+    s_->out.clear();
+    return true;
+  }
+  bool ClearErrors(uint32_t& in_queue, uint32_t& out_queue) override {
+    in_queue = static_cast<uint32_t>(s_->Arrived());
+    out_queue = 0;
+    return true;
+  }
+  bool Read(uint8_t* dest, uint32_t max, uint32_t& got) override {
+    got = 0;
+    for (size_t n = s_->Arrived(); got < max && n > 0; --n, ++got) {
+      dest[got] = static_cast<uint8_t>(s_->out.front().second);
+      s_->out.pop_front();
+    }
+    return true;
+  }
+  bool Write(const uint8_t* bytes, uint32_t n, uint32_t& written) override {
+    s_->writes.emplace_back(reinterpret_cast<const char*>(bytes), n);
+    written = n;
+    if (!s_->replies.empty()) {
+      for (const char c : s_->replies.front()) s_->out.emplace_back(NowMs() + s_->delay_ms, c);
+      s_->replies.pop_front();
+    }
+    return true;
+  }
+
+ private:
+  std::shared_ptr<Script> s_;
+};
+
+class RecordingMonitor : public MonitorSink {
+ public:
+  void AppendLine(const std::string& line) override { lines.push_back(line); }
+  std::vector<std::string> lines;
+};
+
+class DrukarkaFramesTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    SetSerialOpener([s = script_](const std::string&, int&) {
+      return std::unique_ptr<SerialDevice>(new ScriptedDevice(s));
+    });
+    printer_.SetPort("com3", 9600);
+    printer_.SetLabels("L1", "L2");
+    printer_.monitor = &monitor_;
+    ASSERT_TRUE(printer_.Open());
+    start_ = NowMs();
+  }
+  void TearDown() override {
+    printer_.Close();
+    SetSerialOpener({});
+    MessageLanguage = 0;
+  }
+  int64_t Elapsed() const { return NowMs() - start_; }
+  void Reply(const std::string& bytes) { script_->replies.push_back(bytes); }
+  const std::vector<std::string>& Writes() const { return script_->writes; }
+
+  VirtualClock clock_;
+  ScopedClock scoped_{&clock_};
+  std::shared_ptr<Script> script_ = std::make_shared<Script>();
+  RecordingMonitor monitor_;
+  Drukarka printer_;
+  int64_t start_ = 0;
+};
+
+TEST_F(DrukarkaFramesTest, FramesOnTheWire) {
+  ASSERT_TRUE(printer_.SendFramed("0#e"));
+  ASSERT_TRUE(printer_.SendFramed("0$e"));
+  ASSERT_TRUE(printer_.SendFramedNoSum("#v"));
+  ASSERT_TRUE(printer_.SendFramed("\xB9"));  // 'ą' in Windows-1250
+  ASSERT_EQ(Writes().size(), 4u);
+  EXPECT_EQ(Writes()[0], "\x1bP0#e89\x1b\\");
+  EXPECT_EQ(Writes()[1], "\x1bP0$e8E\x1b\\");
+  EXPECT_EQ(Writes()[2], "\x1bP#v\x1b\\");
+  EXPECT_EQ(Hex(Writes()[3]), "1B 50 86 37 39 1B 5C");
+  // The monitor shows the frames in Windows-1250, in Polish by default.
+  ASSERT_EQ(monitor_.lines.size(), 4u);
+  EXPECT_EQ(monitor_.lines[0], "<com3><L1,L2> Zapytanie: \x1bP0#e89\x1b\\");
+  EXPECT_EQ(monitor_.lines[3],
+            "<com3><L1,L2> Zapytanie: \x1bP\xB9"
+            "79\x1b\\");
+  // Nothing goes out on a closed channel.
+  printer_.Close();
+  EXPECT_FALSE(printer_.SendFramed("0#e"));
+  EXPECT_EQ(Writes().size(), 4u);
+}
+
+TEST_F(DrukarkaFramesTest, ControlBytesLastByteAndWaits) {
+  Reply("\x6C");
+  EXPECT_EQ(printer_.QueryENQ(), 0x6C);
+  EXPECT_EQ(Elapsed(), 20);  // four 5 ms polls, the answer came after 20 ms
+  EXPECT_EQ(Writes().back(), "\x05");
+
+  Reply("\x61\x62\x68");
+  EXPECT_EQ(printer_.QueryENQ(), 0x68);  // several bytes: the last counts
+
+  start_ = NowMs();
+  EXPECT_EQ(printer_.QueryENQ(), -1);  // no answer: 300 polls of 5 ms
+  EXPECT_EQ(Elapsed(), 1500);
+
+  script_->delay_ms = 25;
+  Reply("\x74");
+  start_ = NowMs();
+  EXPECT_EQ(printer_.QueryDLE(), 0x74);
+  EXPECT_EQ(Elapsed(), 30);  // 10 ms polls
+  EXPECT_EQ(Writes().back(), "\x10");
+
+  start_ = NowMs();
+  EXPECT_EQ(printer_.QueryDLE(), -1);  // 80 polls of 10 ms
+  EXPECT_EQ(Elapsed(), 800);
+
+  Reply("\x80");
+  EXPECT_EQ(printer_.QueryENQ(), -128);  // read as a signed byte: no communication
+
+  const size_t writes = Writes().size();
+  EXPECT_TRUE(printer_.SendBEL());
+  EXPECT_EQ(Writes().size(), writes + 1);
+  EXPECT_EQ(Writes().back(), "\x07");
+}
+
+TEST_F(DrukarkaFramesTest, ExchangeLinesInLogAndMonitorBothLanguages) {
+  test::TempDir dir;
+  test::ScopedEnv env("TAVENA_LOG_DIR", dir.str());
+  const std::string log = dir.file(LogBaseNameOf("com3") + "_log.txt");
+
+  // Logging off: the exchange is the same, the monitor gets the lines, the
+  // log gets nothing.
+  Reply("\x6C");
+  EXPECT_EQ(printer_.QueryENQ(), 0x6C);
+  EXPECT_EQ(test::ReadFile(log), "");
+  ASSERT_EQ(monitor_.lines.size(), 2u);
+  EXPECT_EQ(monitor_.lines[0], "<com3><L1,L2> Zapytanie: \x05");
+  EXPECT_EQ(monitor_.lines[1], "<com3><L1,L2> Odpowied\x9F: 0x6C");
+
+  printer_.SetLogging(true);
+  MessageLanguage = 1;
+  Reply("\x6C");
+  printer_.QueryENQ();
+  printer_.QueryDLE();
+  MessageLanguage = 0;
+  printer_.QueryDLE();
+  const std::string text = test::ReadFile(log);
+  EXPECT_NE(text.find("> <com3><L1,L2> Question: \x05\r\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("> <com3><L1,L2> Answer: 0x6C\r\n"), std::string::npos);
+  EXPECT_NE(text.find("> <com3><L1,L2> No answer.\r\n"), std::string::npos);
+  EXPECT_NE(text.find("> <com3><L1,L2> Brak odpowiedzi.\r\n"), std::string::npos);
+  EXPECT_EQ(monitor_.lines.back(), "<com3><L1,L2> Brak odpowiedzi.");
+
+  // Labels are cut to 19 characters.
+  printer_.SetLabels(std::string(25, 'a'), "b");
+  printer_.SendBEL();
+  EXPECT_EQ(monitor_.lines.back(), "<com3><" + std::string(19, 'a') + ",b> Zapytanie: \x07");
+}
+
+TEST_F(DrukarkaFramesTest, FramedAnswers) {
+  // Mazovia 'ą' (86) in the answer reads back as Windows-1250 B9.
+  Reply("\x1bP1#C12;05;31;23;59;00;\x86\x1b\\");
+  printer_.SendFramedNoSum("0#c");
+  ASSERT_TRUE(printer_.ReadAnswer(200));
+  EXPECT_EQ(printer_.answer, "\x1bP1#C12;05;31;23;59;00;\xB9\x1b\\");
+  EXPECT_EQ(monitor_.lines.back(), "<com3><L1,L2> Odpowied\x9F: " + printer_.answer);
+
+  EXPECT_FALSE(printer_.ReadAnswer(200));  // silence
+  EXPECT_EQ(printer_.answer, "");
+  EXPECT_EQ(monitor_.lines.back(), "<com3><L1,L2> Brak odpowiedzi.");
+
+  Reply("\x1bP1#C12;05");  // cut short: kept, but not an answer
+  printer_.SendFramedNoSum("0#c");
+  EXPECT_FALSE(printer_.ReadAnswer(200));
+  EXPECT_EQ(printer_.answer, "\x1bP1#C12;05");
+
+  Reply("\x1bP1#C12;05;31;23;59;00;\x1b\\");
+  EXPECT_EQ(printer_.ReadClock(), "2012-05-31 23:59");
+  EXPECT_EQ(Writes().back(), "\x1bP0#c\x1b\\");
+  EXPECT_EQ(printer_.ReadClock(), "1980-01-01 00:00");
+  EXPECT_FALSE(printer_.LastReadOk());
+}
+
+const std::string kF1 = "\x1bPAAAAAA\x1b\\";  // 10 bytes each
+const std::string kF2 = "\x1bPBBBBBB\x1b\\";
+const std::string kF3 = "\x1bPCCCCCC\x1b\\";
+
+TEST_F(DrukarkaFramesTest, StreamBlocksCutAfterFrameEnds) {
+  // Below the limit: one block and one ENQ.
+  Reply("\x6C");
+  EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2), 100));
+  ASSERT_EQ(Writes().size(), 1u);
+  EXPECT_EQ(Writes()[0], kF1 + kF2 + "\x05");
+
+  // Limit 15: the first frame end that takes the count over 15 ends the
+  // block, so the block holds two frames (20 bytes).
+  script_->writes.clear();
+  Reply("\x6C");
+  Reply("\x6C");
+  EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2 + kF3), 15));
+  ASSERT_EQ(Writes().size(), 2u);
+  EXPECT_EQ(Writes()[0], kF1 + kF2 + "\x05");
+  EXPECT_EQ(Writes()[1], kF3 + "\x05");
+
+  // A stream without a frame end goes whole; one byte left over after the
+  // last cut is not sent; a one-byte stream sends nothing.
+  script_->writes.clear();
+  Reply("\x6C");
+  EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(std::string("ABC")), 2));
+  Reply("\x6C");
+  EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1 + "Z"), 5));
+  EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(std::string("Q")), 5));
+  EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(), 5));
+  ASSERT_EQ(Writes().size(), 2u);
+  EXPECT_EQ(Writes()[0], "ABC\x05");
+  EXPECT_EQ(Writes()[1], kF1 + "\x05");
+}
+
+TEST_F(DrukarkaFramesTest, StreamConfirmationAnswers) {
+  // 0x4C is not a status byte: ENQ goes again, then 0x6C confirms.
+  Reply("\x4C");
+  Reply("\x6C");
+  EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1), 5));
+  ASSERT_EQ(Writes().size(), 2u);
+  EXPECT_EQ(Writes()[1], "\x05");
+
+  // 0x68: bit 2 clear, the stream stops at the first block.
+  script_->writes.clear();
+  Reply("\x68");
+  EXPECT_FALSE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2), 5));
+  EXPECT_EQ(Writes().size(), 1u);
+
+  // Silence: the waits double from 10 ms until the 5000 ms are used up.
+  script_->writes.clear();
+  start_ = NowMs();
+  EXPECT_FALSE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2), 5));
+  EXPECT_EQ(Elapsed(), 10 + 20 + 40 + 80 + 160 + 320 + 640 + 1280 + 2560);
+  EXPECT_EQ(Writes().size(), 1u);
+
+  // An answer after 1 s arrives within the doubling waits: 10..640 ms
+  // sleeps end at 1270 ms, when it is read.
+  script_->writes.clear();
+  script_->delay_ms = 1000;
+  Reply("\x6C");
+  start_ = NowMs();
+  EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1), 5));
+  EXPECT_EQ(Elapsed(), 1270);
+}
+
+}  // namespace
+}  // namespace tavena

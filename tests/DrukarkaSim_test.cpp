@@ -1,0 +1,441 @@
+// The printer object against the simulated printer, in process, on virtual
+// time: identity, clock, status, the status form, the printer search and
+// the effect of every command.
+#if TAVENA_HAVE_SIM
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "protocol/Drukarka.h"
+#include "sequence/Clock.h"
+#include "sequence/Codepage.h"
+#include "sequence/Messagelanguage.h"
+#include "sim/Simport.h"
+#include "sim/Simprinter.h"
+
+namespace tavena {
+namespace {
+
+std::string Cp(const char* utf8) {
+  return Utf8ToCp1250(utf8);
+}
+
+// A simulated printer of a model behind the port "com5", and a printer
+// object open on it.
+class Bench {
+ public:
+  explicit Bench(const char* model, int baud = 9600)
+      : sim_(MakeSimPrinter(model)), port_("com5", *sim_) {
+    sim_->SetBaud(baud);
+    printer.SetPort("com5", baud);
+  }
+  SimPrinter& sim() { return *sim_; }
+  SimState& state() { return sim_->State(); }
+  const SimRecordedFrame& LastFrame() const { return sim_->Record().frames.back(); }
+  size_t Frames() const { return sim_->Record().frames.size(); }
+  // The last frame's body without its control sum.
+  std::string LastBody() const {
+    const std::string& text = LastFrame().text;
+    return text.substr(0, text.size() - (LastFrame().has_sum ? 2 : 0));
+  }
+
+  Drukarka printer;
+
+ private:
+  std::unique_ptr<SimPrinter> sim_;
+  SimPort port_;
+};
+
+class DrukarkaSimTest : public ::testing::Test {
+ protected:
+  void TearDown() override { MessageLanguage = 0; }
+  VirtualClock clock_;
+  ScopedClock scoped_{&clock_};
+};
+
+TEST_F(DrukarkaSimTest, IdentityOfEachModel) {
+  struct Case {
+    const char* model;
+    int type, subtype;
+    const char* name;
+    const char* version;
+  };
+  const Case cases[] = {
+      {"LUMEN", 1, 0, "TAVENA LUMEN", "1.05"},
+      {"SOLIDA", 2, 0, "TAVENA SOLIDA", "2.13"},
+      {"SOLIDA EJ", 3, 0, "TAVENA SOLIDA EJ", "3.02"},
+      {"QX-1", 4, 3, "TAVENA QX-1", "4.10"},
+      {"QX-1:2", 4, 2, "TAVENA QX-1", "4.10"},
+      {"QX-1TR", 6, 4, "TAVENA QX-1TR", "6.01"},
+      {"TM410", 7, 0, "TAVENA TM410", "7.00"},
+      {"MERIDO", 0, 0, "TAVENA MERIDO QP51KZ", "1.00"},
+  };
+  for (const Case& c : cases) {
+    Bench bench(c.model);
+    ASSERT_TRUE(bench.printer.Open()) << c.model;
+    EXPECT_EQ(bench.printer.ReadIdentity(1), c.name) << c.model;
+    EXPECT_EQ(bench.printer.ReadIdentity(2), c.version) << c.model;
+    EXPECT_EQ(bench.printer.type_code, c.type) << c.model;
+    EXPECT_EQ(bench.printer.subtype, c.subtype) << c.model;
+    EXPECT_EQ(bench.LastFrame().body, "#v");
+    EXPECT_FALSE(bench.LastFrame().has_sum);
+  }
+  // A device that does not answer: empty texts, type unchanged.
+  Bench copy("EJ-COPY");
+  ASSERT_TRUE(copy.printer.Open());
+  copy.printer.type_code = 9;
+  EXPECT_EQ(copy.printer.ReadIdentity(1), "");
+  EXPECT_FALSE(copy.printer.LastReadOk());
+  EXPECT_EQ(copy.printer.type_code, 9);
+}
+
+TEST_F(DrukarkaSimTest, ClockReadSetAndDefault) {
+  Bench bench("LUMEN");
+  ASSERT_TRUE(bench.printer.Open());
+  EXPECT_EQ(bench.printer.ReadClock(), "2012-05-14 09:03");  // follows the host clock
+  EXPECT_EQ(bench.LastFrame().body, "0#c");
+
+  ASSERT_TRUE(bench.printer.SetClock(2012, 5, 31, 23, 59, 0));
+  EXPECT_EQ(bench.LastFrame().text, "12;5;31;23;59;0$c8A");
+  EXPECT_EQ(bench.printer.ReadClock(), "2012-05-31 23:59");
+  ASSERT_TRUE(bench.printer.SetClockFromText("2049-12-31 10:11:12"));
+  EXPECT_EQ(bench.printer.ReadClock(), "2049-12-31 10:11");
+  ASSERT_TRUE(bench.printer.SetClock(1999, 6, 1, 8, 0, 0));
+  EXPECT_EQ(bench.LastBody(), "99;6;1;8;0;0$c");
+  EXPECT_EQ(bench.printer.ReadClock(), "1999-06-01 08:00");
+  bench.sim().PrinterClock().Set(LocalTime{1950, 1, 2, 3, 4, 5, 0});
+  EXPECT_EQ(bench.printer.ReadClock(), "1950-01-02 03:04");  // the clock reads 50 as 1950
+
+  const size_t frames = bench.Frames();
+  EXPECT_FALSE(bench.printer.SetClock(2012, 5, 31, 23, 61, 0));
+  EXPECT_FALSE(bench.printer.SetClockFromText("2012-05-31"));
+  EXPECT_EQ(bench.Frames(), frames);  // refused: nothing sent
+
+  bench.sim().Faults().silent = true;
+  EXPECT_EQ(bench.printer.ReadClock(), "1980-01-01 00:00");
+}
+
+TEST_F(DrukarkaSimTest, StatusFieldByField) {
+  Bench bench("LUMEN");
+  SimState& s = bench.state();
+  s.resets_mark = '<';
+  s.ram_resets = 12;
+  s.last_record = {2050, 1, 2};  // the status reads 50 as 2050
+  s.rates = {23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt};
+  s.receipts = 4;
+  s.totals = {100, 20, 3.5, 0, 0, 0, 7.25};
+  s.further_amount = 130.75;
+  s.fiscal = true;
+  ASSERT_TRUE(bench.printer.Open());
+  Drukarka& p = bench.printer;
+  EXPECT_EQ(p.ReadStatus(0, 1), "1");
+  EXPECT_EQ(bench.LastFrame().body, "0#s");
+  EXPECT_EQ(p.ReadStatus(0, 4), "-1");
+  EXPECT_EQ(p.ReadStatus(0, 5), "2050-01-02");
+  EXPECT_EQ(p.ReadStatus(23, 6), "23.00;8.00;5.00;0.00;-1;-1;zw;");
+  EXPECT_EQ(bench.LastFrame().body, "23#s");
+  EXPECT_EQ(p.ReadStatus(0, 7), "4");
+  EXPECT_EQ(p.ReadStatus(23, 8), "100.00;20.00;3.50;0.00;0.00;0.00;7.25;");
+  EXPECT_EQ(p.ReadStatus(0, 9), "130.75");
+  EXPECT_EQ(p.ReadStatus(0, 10), "BLM01000017");
+  EXPECT_EQ(p.ReadStatus(0, 11).size(), kStatusRawSize);
+  EXPECT_EQ(p.LastStatus().resets, -1);
+  // Parameter 22 and selectors outside 0..11 give the answer as it came.
+  EXPECT_EQ(p.ReadStatus(22, 1).substr(0, 6), "\x1bP1#X0");
+  EXPECT_EQ(p.ReadStatus(0, 12).substr(0, 6), "\x1bP1#X0");
+
+  s.resets_mark = 0;
+  s.last_record = {1999, 12, 31};
+  s.rates = {23, 8, 5, 0, 0, 0, 12};  // no 100 or 101: G reads exempt
+  EXPECT_EQ(p.ReadStatus(0, 4), "12");
+  EXPECT_EQ(p.ReadStatus(0, 5), "1999-12-31");
+  EXPECT_EQ(p.ReadStatus(23, 6), "23.00;8.00;5.00;0.00;0.00;0.00;zw;");
+
+  bench.sim().Faults().silent = true;
+  EXPECT_EQ(p.ReadStatus(0, 1), "");
+  EXPECT_FALSE(p.LastReadOk());
+}
+
+// A form that has the controls it was given and records what was written.
+class RecordingForm : public FormFields {
+ public:
+  explicit RecordingForm(std::set<std::string> controls) : controls_(std::move(controls)) {}
+  bool HasControl(const std::string& name) const override { return controls_.count(name) > 0; }
+  void SetText(const std::string& name, const std::string& text) override {
+    order.push_back(name);
+    texts[name] = text;
+  }
+  std::map<std::string, std::string> texts;
+  std::vector<std::string> order;
+
+ private:
+  std::set<std::string> controls_;
+};
+
+std::set<std::string> MainWindowControls() {
+  std::set<std::string> names = {"ETypDrukarki",  "EWersjaSoftu",     "EFiskalny",
+                                 "EIloscZerowan", "EOstatniZapis",    "ENumerPF",
+                                 "ECzasDrukarki", "EDataPierwszegoRD"};
+  for (char c = 'A'; c <= 'G'; ++c) {
+    names.insert(std::string("EVat") + c);
+    names.insert(std::string("ETot") + c);
+  }
+  return names;
+}
+
+TEST_F(DrukarkaSimTest, FillStatusFieldsHealthyPrinter) {
+  Bench bench("QX-1");
+  bench.state().first_daily_report = {2012, 5, 2};
+  bench.state().totals = {1.5, 0, 0, 0, 0, 0, 2};
+  RecordingForm form(MainWindowControls());
+  bench.printer.FillStatusFields(form, "com5", 9600);
+  EXPECT_EQ(form.texts["ETypDrukarki"], "TAVENA QX-1");
+  EXPECT_EQ(form.texts["EWersjaSoftu"], "4.10");
+  EXPECT_EQ(form.texts["EFiskalny"], "Tryb szkoleniowy.");
+  EXPECT_EQ(form.texts["EIloscZerowan"], "1");
+  EXPECT_EQ(form.texts["EOstatniZapis"], "2011-01-03");
+  const char* rates[] = {"23.00", "8.00", "5.00", "0.00", "nakt", "nakt", "zw"};
+  const char* totals[] = {"1.50", "0.00", "0.00", "0.00", "0.00", "0.00", "2.00"};
+  for (int i = 0; i < 7; ++i) {
+    EXPECT_EQ(form.texts[std::string("EVat") + char('A' + i)], rates[i]);
+    EXPECT_EQ(form.texts[std::string("ETot") + char('A' + i)], totals[i]);
+  }
+  EXPECT_EQ(form.texts["ENumerPF"], "BQX04000551");
+  EXPECT_EQ(form.texts["ECzasDrukarki"], "2012-05-14 09:03");
+  EXPECT_EQ(form.texts["EDataPierwszegoRD"], "2012-05-02");
+  EXPECT_EQ(form.order.front(), "ETypDrukarki");
+  EXPECT_EQ(form.order[form.order.size() - 2], "EDataPierwszegoRD");  // "Początek" first
+  EXPECT_EQ(bench.printer.subtype, 3);
+  EXPECT_FALSE(bench.printer.com.IsOpen());
+  // Identity twice, six status queries, clock, one report query.
+  EXPECT_EQ(bench.Frames(), 10u);
+  EXPECT_EQ(bench.LastFrame().text, "2;0;0;1#r96");
+
+  // A form with only some fields is asked only for those; the mode follows
+  // the printer's fiscal flag; no first report yet gives "Brak" after three
+  // tries.
+  Bench fiscal("LUMEN");
+  fiscal.state().fiscal = true;
+  RecordingForm small({"EFiskalny", "EDataPierwszegoRD"});
+  const int64_t start = NowMs();
+  fiscal.printer.FillStatusFields(small, "com5", 9600);
+  EXPECT_EQ(small.texts["EFiskalny"], "Tryb fiskalny.");
+  EXPECT_EQ(small.texts["EDataPierwszegoRD"], "Brak");
+  EXPECT_EQ(fiscal.Frames(), 4u);
+  EXPECT_GE(NowMs() - start, 2 * 100 + 3 * 3000);
+}
+
+TEST_F(DrukarkaSimTest, FillStatusFieldsSilentAndFailingHalfWay) {
+  Bench silent("LUMEN");
+  silent.sim().Faults().silent = true;
+  RecordingForm form(MainWindowControls());
+  silent.printer.FillStatusFields(form, "com5", 9600);
+  EXPECT_EQ(silent.Frames(), 1u);  // only the first query; the rest take defaults
+  EXPECT_EQ(form.texts["ETypDrukarki"], Cp("Nieokreślony"));
+  EXPECT_EQ(form.texts["EWersjaSoftu"], Cp("Nieokreślony"));
+  EXPECT_EQ(form.texts["EFiskalny"], Cp("Błąd komunikacji."));
+  EXPECT_EQ(form.texts["EIloscZerowan"], "Brak");
+  EXPECT_EQ(form.texts["EOstatniZapis"], "Brak");
+  EXPECT_EQ(form.texts["EVatA"], Cp("Błąd"));
+  EXPECT_EQ(form.texts["ETotG"], Cp("Błąd"));
+  EXPECT_EQ(form.texts["ENumerPF"], "Brak");
+  EXPECT_EQ(form.texts["ECzasDrukarki"], "Brak");
+  EXPECT_EQ(form.texts["EDataPierwszegoRD"], "Brak");
+  EXPECT_EQ(form.order.size(), 22u);  // every field once, in order
+
+  MessageLanguage = 1;
+  RecordingForm english(MainWindowControls());
+  silent.printer.FillStatusFields(english, "com5", 9600);
+  EXPECT_EQ(english.texts["ETypDrukarki"], "Unspecified");
+  EXPECT_EQ(english.texts["EFiskalny"], "Communication error.");
+  EXPECT_EQ(english.texts["EIloscZerowan"], "No read");
+  EXPECT_EQ(english.texts["EVatC"], "Error");
+
+  // Three answers, then silence: identity twice and the mode are read, the
+  // resets query fails, everything after takes its default.
+  MessageLanguage = 0;
+  Bench half("SOLIDA");
+  half.sim().Faults().answers_before_silence = 3;
+  RecordingForm partial(MainWindowControls());
+  half.printer.FillStatusFields(partial, "com5", 9600);
+  EXPECT_EQ(partial.texts["ETypDrukarki"], "TAVENA SOLIDA");
+  EXPECT_EQ(partial.texts["EWersjaSoftu"], "2.13");
+  EXPECT_EQ(partial.texts["EFiskalny"], "Tryb szkoleniowy.");
+  EXPECT_EQ(partial.texts["EIloscZerowan"], "Brak");
+  EXPECT_EQ(partial.texts["EVatA"], Cp("Błąd"));
+  EXPECT_EQ(partial.texts["ECzasDrukarki"], "Brak");
+  EXPECT_EQ(half.Frames(), 4u);
+
+  // An empty port name reads nothing.
+  RecordingForm none(MainWindowControls());
+  half.printer.FillStatusFields(none, "", 9600);
+  EXPECT_EQ(none.texts["ETypDrukarki"], Cp("Nieokreślony"));
+  EXPECT_EQ(half.Frames(), 4u);
+}
+
+TEST_F(DrukarkaSimTest, FindPrinterEachModelAtBothSpeeds) {
+  struct Case {
+    const char* model;
+    int type;
+  };
+  const Case cases[] = {{"LUMEN", 1},  {"SOLIDA", 2}, {"SOLIDA EJ", 3}, {"QX-1", 4},
+                        {"QX-1TR", 6}, {"TM410", 7},  {"MERIDO", 0}};
+  for (const int baud : {9600, 19200}) {
+    for (const Case& c : cases) {
+      Bench bench(c.model, baud);
+      std::string port = "com5";
+      int32_t speed = baud;
+      EXPECT_EQ(bench.printer.FindPrinter(port, speed, 0, false), kFindPrinter)
+          << c.model << " " << baud;
+      EXPECT_EQ(bench.printer.type_code, c.type) << c.model;
+      EXPECT_EQ(port, "com5");
+      EXPECT_EQ(speed, baud);
+      EXPECT_FALSE(bench.printer.com.IsOpen());
+    }
+  }
+  // Typed probes, and the long mode.
+  const Case typed[] = {{"LUMEN", 1}, {"SOLIDA", 2}, {"SOLIDA EJ", 3},
+                        {"QX-1", 4},  {"QX-1TR", 6}, {"TM410", 7}};
+  for (const Case& c : typed) {
+    Bench bench(c.model);
+    int32_t speed = 9600;
+    EXPECT_EQ(bench.printer.FindPrinter(5, speed, c.type, false), kFindPrinter) << c.model;
+    EXPECT_EQ(bench.printer.type_code, c.type) << c.model;
+  }
+  // Long mode: the answer holds only the unique number, but the printer
+  // answered the status probe, so it is a printer.
+  Bench long_mode("SOLIDA EJ");
+  int32_t speed = 4800;  // raised to 9600
+  const int64_t start = NowMs();
+  EXPECT_EQ(long_mode.printer.FindPrinter(5, speed, 3, true), kFindPrinter);
+  EXPECT_EQ(speed, 9600);
+  EXPECT_EQ(long_mode.sim().Record().frames[0].body, "&dBD");
+  EXPECT_EQ(long_mode.sim().Record().unique_requests, 1);
+  EXPECT_GE(NowMs() - start, 5000);
+}
+
+TEST_F(DrukarkaSimTest, FindPrinterOtherOutcomes) {
+  struct Lines : MonitorSink {
+    void AppendLine(const std::string& line) override { all.push_back(line); }
+    std::vector<std::string> all;
+  } lines;
+
+  Bench copy("EJ-COPY");
+  copy.printer.monitor = &lines;
+  std::string port = "com5";
+  int32_t speed = 9600;
+  EXPECT_EQ(copy.printer.FindPrinter(port, speed, 0, false), kFindUniqueNumber);
+  EXPECT_EQ(copy.sim().Record().unique_requests, 1);
+  bool chosen = false;
+  for (const std::string& l : lines.all)
+    chosen |= l == Cp("Wybrano port com5 i prędkość 9600. Znak 0x4E.");
+  EXPECT_TRUE(chosen);
+
+  Bench noisy("LUMEN");
+  noisy.sim().Faults().noise_every_ms = 50;
+  const int64_t start = NowMs();
+  EXPECT_EQ(noisy.printer.FindPrinter(port, speed, 0, false), kFindNotQuiet);
+  EXPECT_LT(NowMs() - start, 2500);
+  EXPECT_EQ(noisy.sim().Record().received, "");  // nothing was sent
+
+  Bench wrong_speed("LUMEN", 19200);
+  EXPECT_EQ(wrong_speed.printer.FindPrinter(port, speed, 0, false), kFindNothing);
+  Bench silent("LUMEN");
+  silent.sim().Faults().silent = true;
+  EXPECT_EQ(silent.printer.FindPrinter(port, speed, 1, false), kFindNothing);
+  std::string missing = "com7";
+  EXPECT_EQ(silent.printer.FindPrinter(missing, speed, 0, false), kFindCannotOpen);
+
+  // A printer found: the choice and the composite are logged.
+  Bench found("LUMEN");
+  lines.all.clear();
+  found.printer.monitor = &lines;
+  EXPECT_EQ(found.printer.FindPrinter(port, speed, 0, false), kFindPrinter);
+  const std::vector<std::string> wanted = {Cp("Wybrano port com5 i prędkość 9600. Znak 0x65."),
+                                           Cp("Główne przetwarzanie com5 9600."),
+                                           "Przed wys\xB3"
+                                           "aniem.",
+                                           "Po wys\xB3"
+                                           "aniu."};
+  size_t at = 0;
+  for (const std::string& l : lines.all) at += at < wanted.size() && l == wanted[at];
+  EXPECT_EQ(at, wanted.size());
+}
+
+TEST_F(DrukarkaSimTest, CommandsChangeThePrinter) {
+  Bench lumen("LUMEN");
+  Drukarka& p = lumen.printer;
+  ASSERT_TRUE(p.Open());
+  const VatRates rates = {23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt};
+  const VatRates changed = {22, 7, 3, 0, 0, kVatInactive, kVatExempt};
+  ASSERT_TRUE(p.SetVatRates(changed));
+  EXPECT_EQ(lumen.LastBody(), "7;0;0;0;0;0;1;2$p22.00/7.00/3.00/0.00/0.00/0.00/0.00/");
+  EXPECT_EQ(lumen.state().rates, changed);
+  EXPECT_EQ(p.QueryENQ() & 0x04, 0x04);
+  EXPECT_EQ(p.ReadStatus(23, 6), "22.00;7.00;3.00;0.00;0.00;-1;zw;");
+  p.subtype = 3;  // the other wire form is refused by this printer
+  ASSERT_TRUE(p.SetVatRates(rates));
+  EXPECT_EQ(p.QueryENQ() & 0x04, 0);
+  EXPECT_EQ(lumen.state().rates, changed);
+  p.subtype = 0;
+
+  ASSERT_TRUE(p.SetHeader({{"ABCDEFGHIJ", kHeaderCentre}, {"Sklep", kHeaderDoubleWidth}}));
+  EXPECT_EQ(lumen.state().header,
+            (std::vector<std::string>{std::string(15, ' ') + "ABCDEFGHIJ", "\x0ESklep\x14"}));
+
+  ASSERT_TRUE(p.ParamCommandDollarH(0));
+  SaleLineRecord line;
+  line.name = "Towar testowy 1gr";
+  line.price = 0.01;
+  ASSERT_TRUE(p.SaleLine(line));
+  EndTransactionRecord end;
+  end.code = "NRS5555";
+  end.lines = {"Stopka 1", "Stopka 2", "Stopka 3", ""};
+  end.amount1 = end.amount2 = 0.01;
+  ASSERT_TRUE(p.EndTransaction(end));
+  EXPECT_EQ(p.QueryENQ() & 0x05, 0x05);
+  EXPECT_EQ(p.ReadStatus(0, 7), "1");
+  EXPECT_EQ(p.ReadStatus(23, 8), "0.01;0.00;0.00;0.00;0.00;0.00;0.00;");
+
+  ASSERT_TRUE(p.ParamCommandDollarH(0));
+  EXPECT_TRUE(lumen.state().in_transaction);
+  ASSERT_TRUE(p.CancelTransaction());
+  EXPECT_FALSE(lumen.state().in_transaction);
+  EXPECT_EQ(lumen.LastFrame().text, "0$e8E");
+
+  ASSERT_TRUE(p.CashCommand(1, "Kasa", 'A'));
+  EXPECT_EQ(lumen.state().display_text, "Kasa");
+  EXPECT_FALSE(p.CashCommand(5, "Kasa", 'A'));
+  ASSERT_TRUE(p.ParamCommandAmpC(3));
+  EXPECT_EQ(lumen.state().last_ampc, 3);
+  ASSERT_TRUE(p.PeriodicReport({2012, 5, 1}, {2012, 5, 14}, 0));
+  EXPECT_EQ(lumen.state().periodic_reports, 1);
+
+  // Fiscalisation, then the daily report of today, read back by status.
+  ASSERT_TRUE(p.Fiscalise(0, "123-45-67-890"));
+  EXPECT_TRUE(lumen.state().fiscal);
+  EXPECT_EQ(p.ReadStatus(0, 1), "1");
+  ASSERT_TRUE(p.Fiscalise(0, "123-45-67-890"));
+  EXPECT_EQ(p.QueryENQ() & 0x0C, 0x08);  // fiscal, command refused
+  EXPECT_EQ(lumen.state().last_error, 13);
+  ASSERT_TRUE(p.ReportByNumber(1, {2012, 5, 14}));
+  EXPECT_EQ(lumen.state().daily_reports, 1);
+  EXPECT_EQ(p.ReadStatus(0, 5), "2012-05-14");
+  EXPECT_TRUE(p.SendText("0#e"));
+  EXPECT_EQ(lumen.LastFrame().text, "0#e89");
+
+  // The two-digit family takes 101 and 100.
+  Bench qx("QX-1");
+  ASSERT_TRUE(qx.printer.Open());
+  qx.printer.ReadIdentity(1);
+  ASSERT_TRUE(qx.printer.SetVatRates({23, 8, 5, 0, kVatInactive, kVatExempt, kVatInactive}));
+  EXPECT_EQ(qx.LastBody(), "7$p23.00/8.00/5.00/0.00/101/100/101/");
+  EXPECT_EQ(qx.printer.ReadStatus(23, 6), "23.00;8.00;5.00;0.00;-1;zw;-1;");
+}
+
+}  // namespace
+}  // namespace tavena
+
+#endif  // TAVENA_HAVE_SIM

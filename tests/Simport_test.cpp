@@ -1,0 +1,151 @@
+// FastCom talking to the simulated printer through the in-process port, on
+// virtual time.
+#include "sim/Simport.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "TestSupport.h"
+#include "sequence/Clock.h"
+#include "transport/Fastcom.h"
+
+namespace tavena {
+namespace {
+
+const std::string kEnd = "\x1B\\";
+
+class SimPortTest : public ::testing::Test {
+ protected:
+  SimPortTest() : printer_(*FindSimModel("LUMEN")), port_("com3", printer_) {}
+  bool Open(FastCom& com, const char* name = "COM3", int baud = 9600) {
+    com.baud_rate = baud;
+    return com.Open(name, 1);
+  }
+  bool Send(FastCom& com, const std::string& bytes) { return com.Send(iBuffer(bytes)); }
+  std::string ReadFrame(FastCom& com, int timeout_ms) {
+    iBuffer reply;
+    com.ReadUntil(reply, timeout_ms, "\x1B\\");
+    return reply.ToString();
+  }
+  VirtualClock clock_;
+  ScopedClock scoped_{&clock_};
+  SimPrinter printer_;
+  SimPort port_;
+};
+
+TEST_F(SimPortTest, FastComTalksToThePrinter) {
+  FastCom com;
+  ASSERT_TRUE(Open(com));
+  EXPECT_TRUE(port_.IsOpen());
+  EXPECT_EQ(port_.LastBaud(), 9600);
+  ASSERT_TRUE(Send(com, "\x05"));
+  clock_.SleepMs(5);
+  EXPECT_EQ(com.InQueue(), 1u);
+  iBuffer reply;
+  ASSERT_TRUE(com.ReadCount(reply, 10));
+  EXPECT_EQ(test::Hex(reply.ToString()), "65");
+  ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com, 2000), "\x1BP0#RTAVENA LUMEN/1.05" + kEnd);
+  ASSERT_EQ(printer_.Record().frames.size(), 1u);
+  EXPECT_EQ(printer_.Record().frames[0].command, "#v");
+  EXPECT_EQ(printer_.Record().received, "\x05\x1BP#v" + kEnd);
+
+  // One open at a time; names it does not know are refused, not passed on.
+  FastCom second;
+  EXPECT_FALSE(Open(second));
+  EXPECT_EQ(second.LastOpenError(), EBUSY);
+  EXPECT_FALSE(Open(second, "com4"));
+  EXPECT_EQ(second.LastOpenError(), ENOENT);
+  EXPECT_TRUE(com.Close());
+  EXPECT_FALSE(port_.IsOpen());
+  EXPECT_TRUE(second.OpenNamed("\\\\.\\COM3"));
+  EXPECT_EQ(port_.OpenCount(), 2);
+  // Answers that came while nobody listened are purged by the open.
+  printer_.Receive("\x10", clock_.NowMs());
+  second.Close();
+  ASSERT_TRUE(Open(second));
+  clock_.SleepMs(50);
+  EXPECT_EQ(second.InQueue(), 0u);
+}
+
+TEST_F(SimPortTest, LateAnswersAndTheWrongSpeed) {
+  FastCom com;
+  ASSERT_TRUE(Open(com));
+  printer_.Faults().answer_delay_ms = 300;
+  const int64_t start = clock_.NowMs();
+  ASSERT_TRUE(Send(com, "\x1BP0#c" + kEnd));
+  EXPECT_EQ(ReadFrame(com, 200), "");  // 200 ms of silence end the read first
+  EXPECT_EQ(ReadFrame(com, 200), "\x1BP1#C12;05;14;09;03;07;A0" + kEnd);
+  EXPECT_GE(clock_.NowMs() - start, 300);
+  EXPECT_LT(clock_.NowMs() - start, 420);
+  printer_.Faults().answer_delay_ms = 0;
+  com.Close();
+  // At 19200 bd a 9600 bd printer hears noise.
+  ASSERT_TRUE(Open(com, "com3", 19200));
+  ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com, 300), "");
+  EXPECT_EQ(printer_.Record().garbled, "\x1BP#v" + kEnd);
+}
+
+TEST_F(SimPortTest, LineRateTakesVirtualTime) {
+  printer_.Faults().line_rate = true;
+  FastCom com;
+  ASSERT_TRUE(Open(com));
+  const int64_t start = clock_.NowMs();
+  ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
+  // 6 bytes out and 24 back at 1.04 ms each: the answer ends 32 ms later.
+  EXPECT_EQ(ReadFrame(com, 100), "\x1BP0#RTAVENA LUMEN/1.05" + kEnd);
+  EXPECT_GE(clock_.NowMs() - start, 32);
+  EXPECT_LT(clock_.NowMs() - start, 80);
+  EXPECT_EQ(com.OutQueue(), 0u);
+}
+
+TEST_F(SimPortTest, XoffWithoutXonOnlyPausesTheSender) {
+  printer_.Faults().xoff = true;
+  FastCom com;
+  ASSERT_TRUE(Open(com));
+  com.byte_mode = true;
+  com.honour_xon_xoff = true;
+  const std::string frame = "\x1BP0$e8E" + kEnd;
+  const int64_t start = clock_.NowMs();
+  ASSERT_TRUE(Send(com, frame));
+  EXPECT_EQ(printer_.Record().received, frame);
+  EXPECT_EQ(printer_.Record().frames.at(0).error, kErrNone);
+  EXPECT_GE(clock_.NowMs() - start, 30);
+}
+
+TEST_F(SimPortTest, ClosedLine) {
+  FastCom com;
+  printer_.Faults().close_after_frames = 1;
+  ASSERT_TRUE(Open(com));
+  ASSERT_TRUE(Send(com, "\x1BP0$e8E" + kEnd));
+  EXPECT_TRUE(printer_.LineClosed());
+  EXPECT_FALSE(Send(com, "\x05"));
+  EXPECT_EQ(com.InQueue(), 0u);
+  com.Close();
+  EXPECT_FALSE(Open(com));
+  EXPECT_EQ(com.LastOpenError(), EIO);
+}
+
+TEST(SimPortRegistryTest, OpenerIsRemovedWithTheLastPort) {
+  VirtualClock clock;
+  ScopedClock scoped(&clock);
+  SimPrinter printer(*FindSimModel("TM410"));
+  {
+    auto port = std::make_unique<SimPort>("com7", printer);
+    SimPort other("com8", printer);
+    port.reset();
+    int error = 0;
+    EXPECT_EQ(OpenSerialDevice("com7", error), nullptr);
+    EXPECT_EQ(error, ENOENT);
+    EXPECT_NE(OpenSerialDevice("COM8", error), nullptr);
+  }
+  // With no port registered, names go to the host again.
+  int error = 0;
+  EXPECT_EQ(OpenSerialDevice("/nonexistent/tavena-port", error), nullptr);
+  EXPECT_NE(error, 0);
+}
+
+}  // namespace
+}  // namespace tavena
