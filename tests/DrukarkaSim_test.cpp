@@ -8,6 +8,7 @@
 #include <map>
 #include <set>
 
+#include "Fakeserial.h"
 #include "protocol/Drukarka.h"
 #include "sequence/Clock.h"
 #include "sequence/Codepage.h"
@@ -53,6 +54,7 @@ class DrukarkaSimTest : public ::testing::Test {
   void TearDown() override { MessageLanguage = 0; }
   VirtualClock clock_;
   ScopedClock scoped_{&clock_};
+  test::ScopedWine wine_{false};
 };
 
 TEST_F(DrukarkaSimTest, IdentityOfEachModel) {
