@@ -114,6 +114,7 @@ int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
 
   CLI::App app("Service tool for TAVENA fiscal printers", "tavena");
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // "/path/file.bin" is a file, not an option
   std::string lang;
   AddGlobalOptions(app, ctx, lang);
   app.add_subcommand("sim", "Serve a simulated printer on a pseudo-terminal (as tavena-sim)");

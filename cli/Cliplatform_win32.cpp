@@ -50,7 +50,7 @@ std::string ConfigFolder() {
 std::string OpenFailureAdvice(int system_error) {
   if (system_error == ERROR_ACCESS_DENIED)
     return MsgUtf8("Port jest zajęty przez inny program.", "The port is used by another program.");
-  if (system_error == ERROR_FILE_NOT_FOUND)
+  if (system_error == ERROR_FILE_NOT_FOUND || system_error == ERROR_PATH_NOT_FOUND)
     return MsgUtf8("Nie ma takiego portu.", "There is no such port.");
   return {};
 }

@@ -176,10 +176,14 @@ TEST_F(EndToEnd, VatRatesSetThenShownByInfo) {
 
 TEST_F(EndToEnd, ClockSetAndReadBackOnTheToolsOwnSimulator) {
   StartSim(true);
-  ToolRun r = Tool({"clock", "--set", "2025-06-07 08:09:10", "--port", port_});
+  ToolRun r = Tool({"clock", "--set", "2025-06-07 08:09:10", "--port", port_, "--log"});
   EXPECT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out, "2025-06-07 08:09\n");
   StopSim();
+  // --log: the exchange is in <log dir>/<last part of the port>_log.txt.
+  const std::string base = port_.substr(port_.rfind('/') + 1);
+  const std::string log = test::ReadFile(dir_.file("log") + "/" + base + "_log.txt");
+  EXPECT_NE(log.find("> Zapytanie: \x1BP25;6;7;8;9;10$c"), std::string::npos) << log;
   EXPECT_NE(Received().find("25;6;7;8;9;10$c"), std::string::npos) << Received();
 }
 
