@@ -510,5 +510,78 @@ TEST_F(SimPrinterTest, LineRateAndSpeed) {
   EXPECT_EQ(p->Available(5300), 0u);
 }
 
+const char* const kValidBodies[] = {
+    "#v",
+    "0#c",
+    "23#s",
+    "0#e",
+    "0^",
+    "12;5;31;23;59;0$c",
+    "7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/",
+    "7$p23.00/8.00/5.00/0.00/101/101/100/",
+    "0$f\x0E   TAVENA\x14\r  Sklep\r\xFF",
+    "1$fNIP 123-45-67-890\xFF",
+    "12;5;1;12;5;14;0#o",
+    "1;12;05;14#r",
+    "2;0;0;1#r",
+    "0$h",
+    "1$lTowar\r1\rA/0.01/0.01/",
+    "1;2$lX\r3\rB/0.10/0.30/5/",
+    "1;0;1;0$eNRS5555\rStopka\r0.01/0.01/",
+    "1;0;0;0;1$eK\r0.30/1.00/0.70",
+    "0;3$eb\rc\ra\r",
+    "0$e",
+    "1#bTEXT\r\x03/",
+    "2#b",
+    "5&c",
+    "&d",
+};
+
+TEST_F(SimPrinterTest, RandomInputNeverStopsThePrinter) {
+  // Frames of random bodies (often with a right sum), control bytes and
+  // stray bytes, so that every command meets odd parameters and fields.
+  const std::string chars =
+      std::string("0123456789;;;;#$&^/.,-\r\x0E\x14\xFF\x86 ", 29) + "vcsepfolhrbdXNIPABCDEFG";
+  uint32_t seed = 12345;
+  const auto next = [&seed](uint32_t n) {
+    seed = seed * 1103515245 + 12345;
+    return (seed >> 8) % n;
+  };
+  for (const std::string& name : SimModelNames()) {
+    auto p = Make(name);
+    std::string input;
+    for (int i = 0; i < 3000; ++i) {
+      // A valid body with one character changed, or cut, or random text.
+      std::string body = kValidBodies[next(std::size(kValidBodies))];
+      const uint32_t change = next(4);
+      if (change == 0) body[next(body.size())] = chars[next(chars.size())];
+      if (change == 1) body.resize(next(body.size()));
+      if (change == 2) {
+        body.clear();
+        for (uint32_t k = next(40); k > 0; --k) body += chars[next(chars.size())];
+      }
+      const uint32_t kind = next(10);
+      if (kind < 6)
+        input += Framed(body);
+      else if (kind < 8)
+        input += Bare(body);
+      else
+        input += std::string(1, "\x05\x10\x07\x18\x1A\x1B"[next(6)]) + body;
+    }
+    Talk(*p, input);
+    // Two CANs leave any frame; then the printer answers as before.
+    const std::string answer = Talk(*p, "\x18\x18" + Bare("#v"));
+    const std::string identity = "\x1BP" + p->Commands().IdentityText() + kEnd;
+    EXPECT_EQ(answer, p->Model().answers_identity ? identity : "") << name;
+    EXPECT_GT(p->Record().frames.size(), 2000u) << name;
+    int done = 0;
+    for (const SimRecordedFrame& f : p->Record().frames)
+      done += f.error == kErrNone && (f.command[0] == '$' || f.command == "#r");
+    if (p->Model().answers_identity) {
+      EXPECT_GT(done, 100) << name;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace tavena

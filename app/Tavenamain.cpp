@@ -1,0 +1,429 @@
+#include "Tavenamain.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+
+#include "app/Dialogs.h"
+#include "app/Fonts.h"
+#include "app/Texts.h"
+#include "transport/Fastcom.h"
+#include "ui_Tavenamain.h"
+#include "windows/About.h"
+#include "windows/Edytor.h"
+#include "windows/Edytorseq.h"
+#include "windows/Error.h"
+#include "windows/Listing.h"
+#include "windows/Podmioty.h"
+#include "windows/Sender.h"
+#include "windows/Serialportform.h"
+
+namespace tavena {
+
+namespace {
+
+constexpr size_t kMaxPortName = 50;
+const QColor kDisplayBackground(0xE5, 0xE5, 0xE5);
+
+const char* const kWineAdvice =
+    "Program wykrył, że pracuje pod emulatorem WINE.\r"
+    "Przypomina się o prawidłowej konfiguracji Linux i WINE.\r"
+    "Instalacja portu USB. (Zwykły port nie wymaga instalacji.)\r"
+    "modprobe usbserial vendor=0x7A7A product=0x000X\r"
+    "product=0x0002 - dla drukarek Solida\r"
+    "product=0x0004 - dla drukarek QX1.\r"
+    "Emulatorowi Wine należy podać informację o przekierowanych\r"
+    "portach szeregowych. W tym celu należy wykonać poniższe \r"
+    "przykładowe dyrektywy ustawiające dowiązania symboliczne do\r"
+    "nazw portów com1 com2 com3.\r"
+    "ln -s /dev/ttyS0 ~/.wine/dosdevices/com1\t - Wbudowany port\r"
+    "ln -s /dev/ttyUSB0 ~/.wine/dosdevices/com2 -Solida i QX1\r"
+    "ln -s /dev/ttyACM0 ~/.wine/dosdevices/com3 -Niektóre dystrybucje\r"
+    "\r"
+    "Program symuluje wybór com1...com9.";
+
+const char* const kNoPorts =
+    "Program nie wykrył żadnego portu szeregowego w systemie\rWindows. Możesz również nie mieć "
+    "uprawnień do przeglądania\rrejestru systemowego. Program symuluje wybór com1...com9.\r";
+
+// Names of the controls that ApplyFonts serves, by font.
+QStringList InfoControls() {
+  QStringList names;
+  for (int n = 1; n <= 19; ++n) names << QStringLiteral("Label%1").arg(n);
+  names << "AktualnyCom"
+        << "ComboCom"
+        << "Baud"
+        << "Answer"
+        << "EIloscZerowan"
+        << "EOstatniZapis"
+        << "EDataPierwszegoRD";
+  for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'})
+    names << QStringLiteral("Vat%1").arg(letter) << QStringLiteral("ETot%1").arg(letter);
+  return names;
+}
+
+QStringList ShadedDisplays() {
+  QStringList names{"ETypDrukarki", "EFiskalny",    "ECzasDrukarki",
+                    "ENumerPF",     "EWersjaSoftu", "HCount"};
+  for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'})
+    names << QStringLiteral("EVat%1").arg(letter);
+  return names;
+}
+
+QStringList EditControls() {
+  QStringList names{"ENIP"};
+  for (int n = 1; n <= 8; ++n)
+    names << QStringLiteral("Line%1").arg(n) << QStringLiteral("BLine%1").arg(n)
+          << QStringLiteral("CLine%1").arg(n);
+  for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'})
+    names << QStringLiteral("E_Vat%1").arg(letter);
+  return names;
+}
+
+}  // namespace
+
+TTavenaForm::TTavenaForm(std::unique_ptr<PrinterLink> link, std::string settings_folder,
+                         QWidget* parent)
+    : TBaseForm(parent),
+      ui(new Ui::TTavenaForm),
+      link_(std::move(link)),
+      settings_folder_(std::move(settings_folder)),
+      fields_(this) {
+  ui->setupUi(this);
+  move(0, 0);
+  LoadSettings(SettingsPath(), Settings());
+  ClearStateFlags();
+  portName = "com1";
+  baudRate = 9600;
+  deviceKind = '0';
+  ApplyFontDefaults(Settings());
+  CreateFonts(Settings());
+  ConnectHandlers();
+  MarkNotBuilt();
+}
+
+TTavenaForm::~TTavenaForm() = default;
+
+void TTavenaForm::ConnectHandlers() {
+  connect(ui->SeekCom, &QPushButton::clicked, this, &TTavenaForm::SeekComClick);
+  connect(ui->ComboCom, &QComboBox::activated, this, &TTavenaForm::ComboComChange);
+  connect(ui->Baud, &QComboBox::activated, this, &TTavenaForm::BaudChange);
+  connect(ui->TworzenieLogow, &QCheckBox::toggled, this, &TTavenaForm::TworzenieLogowClick);
+  const std::pair<QAction*, void (TTavenaForm::*)()> actions[] = {
+      {ui->Ustawienia1, &TTavenaForm::Ustawienia1Click},
+      {ui->Ustawienia2, &TTavenaForm::Ustawienia2Click},
+      {ui->Ustawienia3, &TTavenaForm::Ustawienia3Click},
+      {ui->Color1, &TTavenaForm::Color1Click},
+      {ui->Color2, &TTavenaForm::Color2Click},
+      {ui->Color3, &TTavenaForm::Color3Click},
+      {ui->Koniec1, &TTavenaForm::Koniec1Click},
+      {ui->Oprogramie1, &TTavenaForm::Oprogramie1Click},
+      {ui->Podmioty1, &TTavenaForm::Podmioty1Click},
+      {ui->Edytor1, &TTavenaForm::Edytor1Click},
+      {ui->Edytorsekwencji1, &TTavenaForm::Edytorsekwencji1Click},
+      {ui->Wysyanieplikw1, &TTavenaForm::Wysyanieplikw1Click},
+      {ui->MonitorLogi1, &TTavenaForm::MonitorLogi1Click},
+      {ui->SerialPorts1, &TTavenaForm::SerialPorts1Click},
+      {ui->Opisbdw1, &TTavenaForm::Opisbdw1Click}};
+  for (const auto& [action, handler] : actions) connect(action, &QAction::triggered, this, handler);
+}
+
+// Commands whose handlers are not built yet stay greyed out rather than
+// seeming to do something.
+void TTavenaForm::MarkNotBuilt() {
+  for (QAction* action : {ui->Otwrzpodmiot1, ui->Zapiszpodmiot1, ui->ClearPod, ui->ENQ1, ui->DLE1,
+                          ui->BEL1, ui->PenyStatus1, ui->DObowy1, ui->Okresowy1, ui->Paragonza1gr1,
+                          ui->Programuj1, ui->Odczytaj1})
+    action->setEnabled(false);
+  for (QWidget* button : {static_cast<QWidget*>(ui->WDate), static_cast<QWidget*>(ui->WVAT),
+                          static_cast<QWidget*>(ui->WHeader), static_cast<QWidget*>(ui->RD),
+                          static_cast<QWidget*>(ui->Fiskalizacja)})
+    button->setEnabled(false);
+}
+
+void TTavenaForm::SetSimulatedPort(const std::string& path) {
+  simulated_port_ = path;
+  portName = path.substr(0, kMaxPortName);
+}
+
+void TTavenaForm::ClearStateFlags() {
+  busy = false;
+  searching = false;
+}
+
+QString TTavenaForm::Caption() const {
+  return windowTitle();
+}
+
+void TTavenaForm::ApplyFonts() {
+  for (const QString& name : InfoControls()) ApplyFont(findChild<QWidget*>(name), Fonts().info);
+  for (const QString& name : ShadedDisplays()) {
+    QWidget* control = findChild<QWidget*>(name);
+    ApplyFont(control, Fonts().info);
+    ApplyBackground(control, kDisplayBackground);
+  }
+  for (const QString& name : EditControls()) ApplyFont(findChild<QWidget*>(name), Fonts().edit);
+}
+
+void TTavenaForm::FormShow() {
+  ApplyFonts();
+  ClearStateFlags();
+  FillSpeedBox();
+  link_->Attach(windows_.listing, &fields_);
+  SeekComClick();
+  ConnectPrinter();
+  ShowCurrentPort();
+  RestoreMainPlace();
+  ui->Label15->setText(FromCp1250(Settings().pod_path + Settings().pod_file));
+  ShowKeptWindows();
+}
+
+void TTavenaForm::FillSpeedBox() {
+  ui->Baud->clear();
+  ui->Baud->setPlaceholderText(Tr("Prędkość"));
+  ui->Baud->addItems({"9600", "19200", "38400"});
+  ui->Baud->setCurrentIndex(-1);
+  ApplyFont(ui->Baud, Fonts().info);
+}
+
+void TTavenaForm::RestoreMainPlace() {
+  const WindowPlace& place = Settings().main;
+  if (place.width == 0 || place.height == 0) return;
+  resize(place.width, place.height);
+  move(place.left, place.top);
+}
+
+void TTavenaForm::ShowKeptWindows() {
+  const SettingsRecord& s = Settings();
+  const std::pair<bool, QWidget*> kept[] = {{s.list.showing, windows_.listing},
+                                            {s.pod.showing, windows_.podmioty},
+                                            {s.edit.showing, windows_.edytor},
+                                            {s.edit_seq.showing, windows_.edytor_seq},
+                                            {s.sender.showing, windows_.sender}};
+  for (const auto& [showing, window] : kept)
+    if (showing && window) window->show();
+}
+
+// The port list: a simulated printer first, then what the host offers.
+void TTavenaForm::SeekComClick() {
+  if (searching) {
+    ShowMessage(this, Tr("Wywołanie ponowne procedury przeszukującej porty szeregowe."), Caption());
+    return;
+  }
+  searching = true;
+  ui->ComboCom->clear();
+  ui->ComboCom->setPlaceholderText(Tr("Porty"));
+  ApplyFont(ui->ComboCom, Fonts().info);
+  if (!simulated_port_.empty())
+    ui->ComboCom->addItem(FromCp1250("Drukarka symulowana " + simulated_port_));
+  FillPortList();
+  ui->ComboCom->setCurrentIndex(-1);
+  searching = false;
+}
+
+void TTavenaForm::FillPortList() {
+  if (link_->UnderWine()) {
+    ShowMessage(this, Tr(kWineAdvice), Tr("Informacja."));
+    AddSimulatedPorts();
+    return;
+  }
+  const std::vector<PortEntry> ports = link_->ListPorts();
+  if (ports.empty()) {
+    ShowMessage(this, Tr(kNoPorts), Tr("Brak portów szeregowych."));
+    AddSimulatedPorts();
+    return;
+  }
+  for (const PortEntry& port : ports)
+    ui->ComboCom->addItem(FromCp1250(port.description + " " + port.name));
+}
+
+void TTavenaForm::AddSimulatedPorts() {
+  for (int n = 1; n <= 9; ++n)
+    ui->ComboCom->addItem(QStringLiteral("com%1 Port symulowany.").arg(n));
+}
+
+std::string TTavenaForm::PortNameFromEntry(const std::string& entry) {
+  const size_t path = entry.rfind(" /");
+  if (path != std::string::npos) return entry.substr(path + 1, kMaxPortName);
+  if (!entry.empty() && entry[0] == '/') return entry.substr(0, kMaxPortName);
+  const size_t com = entry.find("com");
+  return entry.substr(com == std::string::npos ? 0 : com, kMaxPortName);
+}
+
+// Shows the port and speed in use, when the lists hold them.
+void TTavenaForm::ShowCurrentPort() {
+  for (int i = 0; i < ui->ComboCom->count(); ++i)
+    if (PortNameFromEntry(ToCp1250(ui->ComboCom->itemText(i))) == portName)
+      ui->ComboCom->setCurrentIndex(i);
+  const int speed = ui->Baud->findText(QString::number(baudRate));
+  if (speed >= 0) ui->Baud->setCurrentIndex(speed);
+}
+
+void TTavenaForm::ReopenChannel() {
+  link_->CloseChannel();
+  link_->OpenChannel(portName, baudRate);
+}
+
+void TTavenaForm::ComboComChange(int index) {
+  if (index < 0) return;
+  portName = PortNameFromEntry(ToCp1250(ui->ComboCom->itemText(index)));
+  ReopenChannel();
+}
+
+void TTavenaForm::BaudChange(int index) {
+  if (index < 0) return;
+  baudRate = ui->Baud->itemText(index).toInt();
+  ReopenChannel();
+}
+
+void TTavenaForm::TworzenieLogowClick(bool checked) {
+  link_->SetLogging(checked);
+}
+
+void TTavenaForm::ConnectPrinter() {
+  busy = true;
+  const std::string remembered_port = portName;
+  const int32_t remembered_baud = baudRate;
+  const int result = link_->FindPrinter(portName, baudRate);
+  link_->CloseChannel();
+  if (PortNumberOf(portName.c_str()) < 1) link_->OpenChannel(portName, baudRate);
+  if (result == 1) {
+    ReportFound();
+  } else if (result == 2) {
+    ShowMessage(this, Tr("Znaleziono podłączoną Kopię Elektroniczną.\nProszę wybrać port ręcznie."),
+                Caption());
+  } else {
+    portName = remembered_port;
+    baudRate = remembered_baud;
+    if (PortNumberOf(portName.c_str()) > 0) link_->OpenChannel(portName, baudRate);
+    const std::string advice = link_->OpenFailureAdvice();
+    if (!advice.empty()) ShowMessage(this, FromCp1250(advice), Caption());
+  }
+  busy = false;
+}
+
+// The printer answered: read its identity and state, then show what kind
+// of printer it is. The identity read opens a channel of its own.
+void TTavenaForm::ReportFound() {
+  const int number = PortNumberOf(portName.c_str());
+  link_->CloseChannel();
+  link_->FillStatusFields(fields_, portName, baudRate);
+  if (number < 0) {
+    ShowMessage(this,
+                Tr("Drukarki nie znaleziono. Proszę podłaczyć drukarkę\ni wybrać port w menu."),
+                Tr("Komunikat o błędzie"));
+    ShowFiscalControls(false);
+    return;
+  }
+  ui->AktualnyCom->setText(link_->IsUsbPort(portName) ? Tr("Tavena USB  ")
+                                                      : Tr("%1 bodów ").arg(baudRate));
+  isFiscal = ui->EFiskalny->text().contains(Tr("fiskalny"));
+  const QString type = ui->ETypDrukarki->text().toUpper();
+  deviceKind = type.contains(Tr("QX-1")) || type.contains(Tr(" EJ")) ? '2' : '1';
+  ShowFiscalControls(isFiscal);
+  link_->Attach(windows_.listing, &fields_);
+  link_->OpenChannel(portName, baudRate);
+}
+
+void TTavenaForm::ShowFiscalControls(bool fiscal) {
+  for (QWidget* control :
+       {static_cast<QWidget*>(ui->Fiskalizacja), static_cast<QWidget*>(ui->FHeaderCheck),
+        static_cast<QWidget*>(ui->FDateCheck), static_cast<QWidget*>(ui->FVatCheck)})
+    control->setVisible(!fiscal);
+}
+
+void TTavenaForm::EditFont(FontSetting& setting) {
+  FontObject font = MakeFont(setting);
+  if (!Dialogs().ChooseFont(this, font.font)) return;
+  StoreFont(font, setting);
+  CreateFonts(Settings());
+  ApplyFonts();
+}
+
+void TTavenaForm::EditColour(FontSetting& setting) {
+  FontObject font = MakeFont(setting);
+  QColor colour = font.colour.isValid() ? font.colour : QColor(Qt::black);
+  if (!Dialogs().ChooseColour(this, colour)) return;
+  font.colour = colour;
+  StoreFont(font, setting);
+  CreateFonts(Settings());
+  ApplyFonts();
+}
+
+void TTavenaForm::Ustawienia1Click() {
+  EditFont(Settings().font_info);
+}
+
+void TTavenaForm::Ustawienia2Click() {
+  EditFont(Settings().font_wind);
+}
+
+void TTavenaForm::Ustawienia3Click() {
+  EditFont(Settings().font_edit);
+}
+
+void TTavenaForm::Color1Click() {
+  EditColour(Settings().font_info);
+}
+
+void TTavenaForm::Color2Click() {
+  EditColour(Settings().font_wind);
+}
+
+void TTavenaForm::Color3Click() {
+  EditColour(Settings().font_edit);
+}
+
+void TTavenaForm::Koniec1Click() {
+  close();
+}
+
+void TTavenaForm::Oprogramie1Click() {
+  if (!windows_.about || windows_.about->isVisible()) return;
+  windows_.about->SetText(Tr("Program serwisowy do drukarek TAVENA."));
+  windows_.about->show();
+}
+
+void TTavenaForm::Podmioty1Click() {
+  ShowWindow(windows_.podmioty);
+}
+
+void TTavenaForm::Edytor1Click() {
+  ShowWindow(windows_.edytor);
+}
+
+void TTavenaForm::Edytorsekwencji1Click() {
+  ShowWindow(windows_.edytor_seq);
+}
+
+void TTavenaForm::Wysyanieplikw1Click() {
+  ShowWindow(windows_.sender);
+}
+
+void TTavenaForm::MonitorLogi1Click() {
+  ShowWindow(windows_.listing);
+}
+
+void TTavenaForm::SerialPorts1Click() {
+  ShowWindow(windows_.serial_ports);
+}
+
+void TTavenaForm::Opisbdw1Click() {
+  ShowWindow(windows_.error);
+}
+
+void TTavenaForm::SaveMainPlace() {
+  KeepPlace(*this, Settings().main);
+  SaveSettings(SettingsPath(), Settings());
+}
+
+bool TTavenaForm::FormCloseQuery() {
+  SaveMainPlace();
+  return true;
+}
+
+void TTavenaForm::FormClose() {
+  SaveMainPlace();
+}
+
+}  // namespace tavena

@@ -1,0 +1,135 @@
+// The main window "Program serwisowy drukarek.": port and speed choice, the
+// printer's identity and state, header, VAT rates and fiscalisation fields,
+// and the menus that reach every other window.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/Formfields.h"
+#include "app/Printerlink.h"
+#include "windows/Baseform.h"
+
+namespace Ui {
+class TTavenaForm;
+}
+
+namespace tavena {
+
+class TListingForm;
+class TEditDateTimeForm;
+class TPodmiotyForm;
+class TEdytorSeqForm;
+class TSenderForm;
+class TBazaForm;
+class TInfoForm;
+class TErrorForm;
+class TEdytorForm;
+class TCompileListForm;
+class TSerialPortsForm;
+class TAboutForm;
+
+// The windows that live beside the main window for the whole run.
+struct AppWindows {
+  TListingForm* listing = nullptr;
+  TEditDateTimeForm* date_time = nullptr;
+  TPodmiotyForm* podmioty = nullptr;
+  TEdytorSeqForm* edytor_seq = nullptr;
+  TSenderForm* sender = nullptr;
+  TBazaForm* baza = nullptr;
+  TInfoForm* info = nullptr;
+  TErrorForm* error = nullptr;
+  TEdytorForm* edytor = nullptr;
+  TCompileListForm* compile_list = nullptr;
+  TSerialPortsForm* serial_ports = nullptr;
+  TAboutForm* about = nullptr;
+};
+
+class TTavenaForm : public TBaseForm {
+  Q_OBJECT
+
+ public:
+  // Reads config.tav from settings_folder (which ends with a separator).
+  TTavenaForm(std::unique_ptr<PrinterLink> link, std::string settings_folder,
+              QWidget* parent = nullptr);
+  ~TTavenaForm() override;
+
+  void SetWindows(const AppWindows& windows) { windows_ = windows; }
+  const AppWindows& Windows() const { return windows_; }
+  // A simulated printer's port: listed first and tried first.
+  void SetSimulatedPort(const std::string& path);
+
+  const std::string& PortName() const { return portName; }
+  int32_t BaudRate() const { return baudRate; }
+  bool IsFiscal() const { return isFiscal; }
+  char DeviceKind() const { return deviceKind; }
+  std::string SettingsPath() const { return settings_folder_ + "config.tav"; }
+  FormFields& Fields() { return fields_; }
+
+  void ConnectPrinter();
+  void ShowFiscalControls(bool fiscal);
+  void ApplyFonts();
+
+  // The port name in a port list entry: the device path standing last, or
+  // the text from the first "com" onward.
+  static std::string PortNameFromEntry(const std::string& entry);
+
+ public slots:
+  void SeekComClick();
+  void ComboComChange(int index);
+  void BaudChange(int index);
+  void TworzenieLogowClick(bool checked);
+  void Ustawienia1Click();
+  void Ustawienia2Click();
+  void Ustawienia3Click();
+  void Color1Click();
+  void Color2Click();
+  void Color3Click();
+  void Koniec1Click();
+  void Oprogramie1Click();
+  void Podmioty1Click();
+  void Edytor1Click();
+  void Edytorsekwencji1Click();
+  void Wysyanieplikw1Click();
+  void MonitorLogi1Click();
+  void SerialPorts1Click();
+  void Opisbdw1Click();
+
+ protected:
+  void FormShow() override;
+  bool FormCloseQuery() override;
+  void FormClose() override;
+
+ private:
+  void ConnectHandlers();
+  void MarkNotBuilt();
+  void ClearStateFlags();
+  void FillSpeedBox();
+  void FillPortList();
+  void AddSimulatedPorts();
+  void ShowCurrentPort();
+  void ReopenChannel();
+  void ReportFound();
+  void RestoreMainPlace();
+  void ShowKeptWindows();
+  void SaveMainPlace();
+  void EditFont(FontSetting& setting);
+  void EditColour(FontSetting& setting);
+  QString Caption() const;
+
+  std::unique_ptr<Ui::TTavenaForm> ui;
+  std::unique_ptr<PrinterLink> link_;
+  std::string settings_folder_;
+  WidgetFields fields_;
+  AppWindows windows_;
+  std::string simulated_port_;
+
+  std::string portName;
+  int32_t baudRate = 9600;
+  bool busy = false;
+  bool searching = false;
+  bool isFiscal = false;
+  char deviceKind = '0';
+};
+
+}  // namespace tavena

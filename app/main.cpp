@@ -1,0 +1,82 @@
+// tavena-service: the service program's entry point.
+//   --simulate [MODEL]  start the simulated printer and connect to it
+//   --screenshot DIR    after start-up save the main window and the monitor
+//                       as PNG files into DIR and quit (for the docs)
+#include <QApplication>
+#include <QDir>
+#include <QTimer>
+#include <cstdio>
+
+#include "app/Coreprinterlink.h"
+#include "app/Settings.h"
+#include "app/Simulator.h"
+#include "app/Tavenaapp.h"
+#include "sequence/Clock.h"
+#include "windows/Listing.h"
+
+namespace {
+
+struct Options {
+  bool simulate = false;
+  QString model;
+  QString screenshot_folder;
+};
+
+Options ParseOptions(const QStringList& arguments) {
+  Options options;
+  for (qsizetype i = 1; i < arguments.size(); ++i) {
+    const QString& argument = arguments[i];
+    const bool has_value =
+        i + 1 < arguments.size() && !arguments[i + 1].startsWith(QLatin1Char('-'));
+    if (argument == QLatin1String("--simulate")) {
+      options.simulate = true;
+      if (has_value) options.model = arguments[++i];
+    } else if (argument == QLatin1String("--screenshot") && has_value) {
+      options.screenshot_folder = arguments[++i];
+    }
+  }
+  return options;
+}
+
+void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
+  QDir().mkpath(folder);
+  main.grab().save(folder + QStringLiteral("/main-window.png"));
+  tavena::TListingForm* monitor = main.Windows().listing;
+  monitor->show();
+  QApplication::processEvents();
+  monitor->grab().save(folder + QStringLiteral("/monitor.png"));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  const Options options = ParseOptions(QApplication::arguments());
+  const std::string folder =
+      tavena::SettingsFolder(QApplication::applicationDirPath().toStdString());
+  tavena::ReadMessageLanguage(folder);
+  tavena::SetPumpHook([] { QCoreApplication::processEvents(); });
+
+  tavena::SimulatorProcess simulator;
+  if (options.simulate) {
+    const QString program = tavena::SimulatorProcess::FindProgram();
+    if (program.isEmpty() || !simulator.Start(program, options.model)) {
+      std::fprintf(stderr, "tavena-service: cannot start the simulated printer (tavena-sim): %s\n",
+                   qPrintable(program.isEmpty() ? QStringLiteral("not found") : simulator.Error()));
+      return 1;
+    }
+  }
+  std::unique_ptr<tavena::TTavenaForm> main =
+      tavena::CreateWindows(tavena::MakeCorePrinterLink(), folder);
+  if (options.simulate) main->SetSimulatedPort(simulator.Path());
+  main->show();
+  if (!options.screenshot_folder.isEmpty()) {
+    QTimer::singleShot(500, [&] {
+      SaveScreenshots(*main, options.screenshot_folder);
+      main->close();
+    });
+  }
+  const int code = app.exec();
+  tavena::SetPumpHook(nullptr);
+  return code;
+}

@@ -1,0 +1,108 @@
+// Scripted stand-ins for the window tests: the dialog service and the
+// printer link.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "app/Dialogs.h"
+#include "app/Printerlink.h"
+
+namespace tavena::test {
+
+struct ShownMessage {
+  QString text;
+  QString caption;
+  MessageButtons buttons;
+};
+
+class ScriptedDialogs : public DialogService {
+ public:
+  ScriptedDialogs() { SetDialogs(this); }
+  ~ScriptedDialogs() override { SetDialogs(nullptr); }
+
+  bool Message(QWidget*, const QString& text, const QString& caption,
+               MessageButtons buttons) override {
+    messages.push_back({text, caption, buttons});
+    if (while_message_open) while_message_open();
+    return true;
+  }
+  std::optional<QString> OpenFile(QWidget*, const FileDialogRequest& request) override {
+    requests.push_back(request);
+    return chosen_file;
+  }
+  std::optional<QString> SaveFile(QWidget*, const FileDialogRequest& request) override {
+    requests.push_back(request);
+    return chosen_file;
+  }
+  bool ChooseFont(QWidget*, QFont& font) override {
+    if (!chosen_font) return false;
+    font = *chosen_font;
+    return true;
+  }
+  bool ChooseColour(QWidget*, QColor& colour) override {
+    if (!chosen_colour) return false;
+    colour = *chosen_colour;
+    return true;
+  }
+
+  std::vector<ShownMessage> messages;
+  std::function<void()> while_message_open;  // runs as if the box pumped messages
+  std::vector<FileDialogRequest> requests;
+  std::optional<QString> chosen_file;
+  std::optional<QFont> chosen_font;
+  std::optional<QColor> chosen_colour;
+};
+
+// Records every call; answers as scripted.
+class FakeLink : public PrinterLink {
+ public:
+  int FindPrinter(std::string& port, int32_t& baud) override {
+    calls.push_back("find " + port + " " + std::to_string(baud));
+    if (find_result == 1 || find_result == 2) {
+      if (!found_port.empty()) port = found_port;
+      if (found_baud) baud = found_baud;
+    } else {
+      port = "com7";  // a failed search may leave anything behind
+      baud = 1200;
+    }
+    return find_result;
+  }
+  void FillStatusFields(FormFields& form, const std::string& port, int32_t baud) override {
+    calls.push_back("fill " + port + " " + std::to_string(baud));
+    for (const auto& [name, text] : fields)
+      if (form.HasControl(name)) form.SetText(name, text);
+  }
+  bool OpenChannel(const std::string& port, int32_t baud) override {
+    calls.push_back("open " + port + " " + std::to_string(baud));
+    return true;
+  }
+  void CloseChannel() override { calls.push_back("close"); }
+  void Attach(MonitorSink* sink, FormFields* form) override {
+    monitor = sink;
+    answer_form = form;
+  }
+  void SetLogging(bool on) override { logging = on; }
+  bool UnderWine() override { return wine; }
+  std::vector<PortEntry> ListPorts() override { return ports; }
+  bool IsUsbPort(const std::string& port) override { return port == usb_port; }
+  std::string OpenFailureAdvice() override { return advice; }
+
+  int find_result = 0;
+  std::string found_port;
+  int32_t found_baud = 0;
+  std::map<std::string, std::string> fields;
+  std::vector<PortEntry> ports;
+  bool wine = false;
+  std::string usb_port;
+  std::string advice;
+  std::vector<std::string> calls;
+  MonitorSink* monitor = nullptr;
+  FormFields* answer_form = nullptr;
+  bool logging = false;
+};
+
+}  // namespace tavena::test

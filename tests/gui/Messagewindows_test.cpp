@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+
+#include "protocol/Printererrors.h"
+#include "tests/TestSupport.h"
+#include "tests/gui/Guifakes.h"
+#include "windows/Error.h"
+#include "windows/Info.h"
+#include "windows/Listing.h"
+
+namespace tavena {
+namespace {
+
+using test::ReadFile;
+using test::ScriptedDialogs;
+using test::TempDir;
+
+QString U(const char* utf8) {
+  return QString::fromUtf8(utf8);
+}
+
+TEST(MonitorWindow, ShowsLinesSavesThemAsWindows1250AndClears) {
+  Settings() = SettingsRecord{};
+  ScriptedDialogs dialogs;
+  TempDir dir;
+  TListingForm monitor;
+  EXPECT_EQ(monitor.windowTitle(), "Monitor");
+  MonitorSink& sink = monitor;
+  sink.AppendLine("com1<> Pytanie: \x1BP#v\x1B\\");
+  sink.AppendLine("com1<> Odpowied\x9F: TAVENA \xA3\xF3\x64\xBF");  // "Odpowiedź", "Łódż"
+  EXPECT_EQ(monitor.Lines(),
+            QStringList({U("com1<> Pytanie: \x1BP#v\x1B\\"), U("com1<> Odpowiedź: TAVENA Łódż")}));
+
+  dialogs.chosen_file = QString::fromStdString(dir.file("out.log"));
+  monitor.Zapisz1Click();
+  ASSERT_EQ(dialogs.requests.size(), 1u);
+  EXPECT_EQ(dialogs.requests[0].filter,
+            "Logi(*.log)|*.log|Pliki tekstowe(*.txt)|*.txt|Wszystkie pliki(*.*)|*.*");
+  EXPECT_EQ(dialogs.requests[0].title, "Zapis pliku na dysk.");
+  EXPECT_EQ(dialogs.requests[0].file_name, "Listing.log");
+  EXPECT_EQ(dialogs.requests[0].folder, "");
+  EXPECT_EQ(ReadFile(dir.file("out.log")),
+            "com1<> Pytanie: \x1BP#v\x1B\\\r\ncom1<> Odpowied\x9F: TAVENA \xA3\xF3\x64\xBF\r\n");
+  EXPECT_EQ(Settings().list_path, dir.str());
+
+  // The next save starts in the folder used last; a cancelled dialog writes
+  // nothing.
+  dialogs.chosen_file.reset();
+  monitor.Zapisz1Click();
+  EXPECT_EQ(dialogs.requests[1].folder.toStdString(), dir.str());
+
+  monitor.show();
+  monitor.Wyczy1Click();
+  EXPECT_TRUE(monitor.Lines().isEmpty());
+  EXPECT_TRUE(monitor.isVisible());
+  sink.AppendLine("po czyszczeniu");
+  EXPECT_EQ(monitor.Lines(), QStringList({"po czyszczeniu"}));
+
+  monitor.Wyczy1Click();
+  dialogs.chosen_file = QString::fromStdString(dir.file("empty.log"));
+  monitor.Zapisz1Click();
+  EXPECT_EQ(ReadFile(dir.file("empty.log")), "");
+  Settings() = SettingsRecord{};
+}
+
+TEST(MonitorWindow, FirstShowCentresThenKeepsItsPlace) {
+  Settings() = SettingsRecord{};
+  TListingForm monitor;
+  monitor.resize(400, 300);
+  monitor.show();
+  QApplication::processEvents();
+  const QRect screen = monitor.screen()->geometry();
+  EXPECT_EQ(monitor.pos(), QPoint((screen.width() - 400) / 2, (screen.height() - 300) / 2));
+  EXPECT_TRUE(Settings().list.showing);
+  monitor.move(12, 34);
+  monitor.resize(420, 310);
+  QApplication::processEvents();
+  EXPECT_EQ(Settings().list.width, 420);
+  EXPECT_EQ(Settings().list.height, 310);
+  monitor.close();
+  EXPECT_FALSE(Settings().list.showing);
+  Settings().list.left = 12;
+  Settings().list.top = 34;  // as the deactivation keeps them
+  monitor.show();
+  QApplication::processEvents();
+  EXPECT_EQ(monitor.pos(), QPoint(12, 34));
+  EXPECT_EQ(monitor.size(), QSize(420, 310));
+  monitor.close();
+  Settings() = SettingsRecord{};
+}
+
+TEST(ErrorWindow, LooksUpTheCodeAsTheUserTypes) {
+  TErrorForm window;
+  window.SetLookup(PrinterErrorText);
+  EXPECT_EQ(window.windowTitle(), U("Opis błędów"));
+  EXPECT_EQ(window.findChild<QLabel*>("Label1")->text(), U("Podaj kod błędu."));
+  window.show();
+  QLineEdit* edit = window.findChild<QLineEdit*>("Edit1");
+  for (const char* key : {"1", "2"}) {
+    QKeyEvent press(QEvent::KeyPress, key[0], Qt::NoModifier, QString::fromLatin1(key));
+    QApplication::sendEvent(edit, &press);
+    if (key[0] == '1') {
+      EXPECT_EQ(edit->text(), "1");
+      EXPECT_EQ(window.Description(), QStringList({U("Nie zainicjalizowany zegar RTC."),
+                                                   U("Ustawić zegar z menu serwisowego lub"),
+                                                   U("przesłać z aplikacji")}));
+    }
+  }
+  EXPECT_EQ(edit->text(), "12");
+  EXPECT_EQ(window.Description(), QStringList({U("Błędny nagłówek (np. Za długi "),
+                                               U("lub zawierający niedozwolone znaki.")}));
+  window.Edit1KeyPress("5");  // 125: no such code
+  EXPECT_TRUE(window.Description().isEmpty());
+  window.close();
+}
+
+TEST(InfoWindow, ClosesOnTheThirdTickAndRestartsItsCountdownWhenShownAgain) {
+  TInfoForm info;
+  EXPECT_FALSE(info.Timer1()->isActive());
+  EXPECT_EQ(info.Timer1()->interval(), 10000);
+  const QLabel* first = info.Line(1);
+  for (int n = 1; n <= 4; ++n) {
+    EXPECT_EQ(info.Line(n)->x(), first->x());
+    EXPECT_EQ(info.Line(n)->y(), first->y() + (n - 1) * (first->height() + 5));
+    EXPECT_TRUE(info.Line(n)->text().isEmpty());
+  }
+  info.Line(1)->setText("Tryb fiskalny.");
+  info.move(100, 100);
+  info.show();
+  QApplication::processEvents();
+  EXPECT_EQ(info.pos(), QPoint(0, 0));
+  EXPECT_EQ(info.Countdown(), 20);
+  EXPECT_TRUE(info.Timer1()->isActive());
+  info.Timer1Timer();
+  info.Timer1Timer();
+  EXPECT_EQ(info.Countdown(), 0);  // at 0 it stays open
+  EXPECT_TRUE(info.isVisible());
+  info.Timer1Timer();
+  EXPECT_EQ(info.Countdown(), -10);
+  EXPECT_FALSE(info.isVisible());
+  EXPECT_TRUE(info.Timer1()->isActive());  // left enabled, as the system does
+
+  info.show();
+  EXPECT_EQ(info.Countdown(), 20);
+  info.Timer1Timer();
+  EXPECT_TRUE(info.isVisible());
+  info.Zamknij1Click();
+  EXPECT_FALSE(info.isVisible());
+}
+
+}  // namespace
+}  // namespace tavena

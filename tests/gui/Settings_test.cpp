@@ -1,0 +1,145 @@
+#include "app/Settings.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "sequence/Messagelanguage.h"
+#include "tests/TestSupport.h"
+
+namespace tavena {
+namespace {
+
+using test::ReadFile;
+using test::TempDir;
+using test::WriteFile;
+
+TEST(Settings, WritesEveryKeyInTableOrderAndReadsItBack) {
+  SettingsRecord out;
+  out.list_path = "C:\\logi \xB9\xE6";  // "ąć" in Windows-1250
+  out.list = {1, 2, 300, 400, true};
+  out.main = {-5, 7, 1000, 600, false};
+  out.pod_file = "firma.pod";
+  out.edit_seq.showing = true;
+  out.sender_path = "/home/serwis";
+  out.font_info = {"Tahoma", 0x696A4F, 12, kFontBold | kFontUnderline};
+  out.font_wind.colour = -1;
+  TempDir dir;
+  ASSERT_TRUE(SaveSettings(dir.file("config.tav"), out));
+  const std::string text = ReadFile(dir.file("config.tav"));
+  EXPECT_TRUE(
+      text.starts_with("ListPath=C:\\logi \xB9\xE6\r\nListTop=1\r\nListLeft=2\r\nListWidth=300\r\n"
+                       "ListHeight=400\r\nListShowing=1\r\nMainTop="));
+  EXPECT_NE(text.find("\r\nMainTop=-5\r\nMainLeft=7\r\nMainWidth=1000\r\nMainHeight=600\r\n"
+                      "PodPath=\r\nPodFile=firma.pod\r\nPodTop=0\r\n"),
+            std::string::npos);
+  EXPECT_EQ(text.find("MainShowing"), std::string::npos);
+  EXPECT_NE(text.find("\r\nEditSeqShowing=1\r\nSenderPath=/home/serwis\r\n"), std::string::npos);
+  EXPECT_NE(text.find("\r\nFontInfoSet=Tahoma\r\nFontInfoCol=6908495\r\nFontInfoSize=12\r\n"
+                      "FontInfoStyle=5\r\n"),
+            std::string::npos);
+  EXPECT_TRUE(
+      text.ends_with("FontWindSet=\r\nFontWindCol=-1\r\nFontWindSize=0\r\nFontWindStyle=0\r\n"));
+  EXPECT_EQ(SettingsTable(out).size(), 50u);
+  EXPECT_FALSE(std::filesystem::exists(dir.file("config.tav.new")));
+
+  SettingsRecord in;
+  ASSERT_TRUE(LoadSettings(dir.file("config.tav"), in));
+  EXPECT_EQ(in.list_path, out.list_path);
+  EXPECT_EQ(in.list.width, 300);
+  EXPECT_TRUE(in.list.showing);
+  EXPECT_EQ(in.main.top, -5);
+  EXPECT_EQ(in.pod_file, "firma.pod");
+  EXPECT_TRUE(in.edit_seq.showing);
+  EXPECT_FALSE(in.sender.showing);
+  EXPECT_EQ(in.font_info.face, "Tahoma");
+  EXPECT_EQ(in.font_info.style, 5);
+  EXPECT_EQ(in.font_wind.colour, -1);
+}
+
+TEST(Settings, ReadingRules) {
+  TempDir dir;
+  const std::string path = dir.file("config.tav");
+  // An unknown key is skipped, leading blanks are skipped, keys are
+  // case-sensitive, flags are "greater than 0", numbers keep 32 bits.
+  WriteFile(path,
+            "ListTop=10\r\nColour=red\r\n   ListLeft=20\r\nlistwidth=99\r\nListShowing=-1\r\n"
+            "PodShowing=7\r\nMainTop=4294967297\r\nMainLeft=abc\r\nPodPath=a=b \r\n");
+  SettingsRecord r;
+  r.pod.showing = false;
+  r.list.showing = true;
+  ASSERT_TRUE(LoadSettings(path, r));
+  EXPECT_EQ(r.list.top, 10);
+  EXPECT_EQ(r.list.left, 20);
+  EXPECT_EQ(r.list.width, 0);
+  EXPECT_FALSE(r.list.showing);
+  EXPECT_TRUE(r.pod.showing);
+  EXPECT_EQ(r.main.top, 1);
+  EXPECT_EQ(r.main.left, 0);
+  EXPECT_EQ(r.pod_path, "a=b ");
+
+  // The 10th line is empty: lines 11 onward are not read.
+  std::string lines;
+  for (int i = 1; i <= 9; ++i) lines += "ListTop=" + std::to_string(i) + "\r\n";
+  WriteFile(path, lines + "\r\nListLeft=11\r\nMainWidth=12\r\n");
+  SettingsRecord tenth;
+  ASSERT_TRUE(LoadSettings(path, tenth));
+  EXPECT_EQ(tenth.list.top, 9);
+  EXPECT_EQ(tenth.list.left, 0);
+  EXPECT_EQ(tenth.main.width, 0);
+
+  // A line without "=" abandons the rest; a short line ends the file; LF
+  // alone also ends a line.
+  WriteFile(path, "ListTop=3\nno equals sign\nListLeft=4\n");
+  SettingsRecord stop;
+  ASSERT_TRUE(LoadSettings(path, stop));
+  EXPECT_EQ(stop.list.top, 3);
+  EXPECT_EQ(stop.list.left, 0);
+  WriteFile(path, "ListTop=3\r\nab\r\nListLeft=4\r\n");
+  ASSERT_TRUE(LoadSettings(path, stop));
+  EXPECT_EQ(stop.list.left, 0);
+
+  SettingsRecord missing;
+  missing.list.top = 77;
+  EXPECT_FALSE(LoadSettings(dir.file("none.tav"), missing));
+  EXPECT_EQ(missing.list.top, 77);
+}
+
+TEST(Settings, FontDefaultsFillOnlyWhatIsMissing) {
+  SettingsRecord r;
+  r.font_info = {"", 0x123456, 12, kFontUnderline};  // empty face, size 12 kept
+  r.font_edit = {"Courier New", 0xFF, 0, 0};         // face kept, size defaulted
+  ApplyFontDefaults(r);
+  EXPECT_EQ(r.font_info.face, "Arial");
+  EXPECT_EQ(r.font_info.colour, 0x696A4F);
+  EXPECT_EQ(r.font_info.size, 12);
+  EXPECT_EQ(r.font_info.style, kFontBold | kFontItalic);
+  EXPECT_EQ(r.font_edit.face, "Courier New");
+  EXPECT_EQ(r.font_edit.colour, 0xFF);
+  EXPECT_EQ(r.font_edit.size, 10);
+  EXPECT_EQ(r.font_edit.style, 0);
+  EXPECT_EQ(r.font_wind.face, "Arial");
+  EXPECT_EQ(r.font_wind.colour, -1);
+  EXPECT_EQ(r.font_wind.size, 10);
+  EXPECT_EQ(r.font_wind.style, 0);
+}
+
+TEST(Settings, FolderAndLanguageFile) {
+  TempDir dir;
+  test::ScopedEnv xdg("XDG_CONFIG_HOME", dir.str());
+  const std::string folder = SettingsFolder("/opt/tavena");
+  EXPECT_EQ(folder, dir.str() + "/tavena/");
+  EXPECT_TRUE(std::filesystem::is_directory(folder));
+  WriteFile(folder + "language.tav", "1\r\n");
+  ReadMessageLanguage(folder);
+  EXPECT_EQ(MessageLanguage, 1);
+  WriteFile(folder + "language.tav", "x");
+  ReadMessageLanguage(folder);
+  EXPECT_EQ(MessageLanguage, 1);  // no digit: unchanged
+  WriteFile(folder + "language.tav", "0");
+  ReadMessageLanguage(folder);
+  EXPECT_EQ(MessageLanguage, 0);
+}
+
+}  // namespace
+}  // namespace tavena

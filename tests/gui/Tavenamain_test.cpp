@@ -1,0 +1,373 @@
+#include "app/Tavenamain.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include "app/Fonts.h"
+#include "app/Tavenaapp.h"
+#include "sequence/Codepage.h"
+#include "tests/TestSupport.h"
+#include "tests/gui/Guifakes.h"
+#include "windows/About.h"
+#include "windows/Listing.h"
+
+namespace tavena {
+namespace {
+
+using test::FakeLink;
+using test::ReadFile;
+using test::ScriptedDialogs;
+using test::TempDir;
+using test::WriteFile;
+
+QString U(const char* utf8) {
+  return QString::fromUtf8(utf8);
+}
+
+class MainWindowTest : public ::testing::Test {
+ protected:
+  void SetUp() override { Settings() = SettingsRecord{}; }
+  void TearDown() override { Settings() = SettingsRecord{}; }
+
+  // Builds every window over a fake link; config.tav is read from dir.
+  void Create() {
+    auto fake = std::make_unique<FakeLink>();
+    link = fake.get();
+    link->ports = {{"Port komunikacyjny", "/dev/ttyS0"}, {"TAVENA USB", "/dev/ttyUSB0"}};
+    form = CreateWindows(std::move(fake), dir.str() + "/");
+  }
+  void Start() {
+    form->show();
+    QApplication::processEvents();
+  }
+  QString Text(const char* name) { return ControlText(form.get(), U(name)); }
+  QComboBox* Combo(const char* name) { return form->findChild<QComboBox*>(U(name)); }
+  QStringList Items(const char* name) {
+    QStringList items;
+    for (int i = 0; i < Combo(name)->count(); ++i) items << Combo(name)->itemText(i);
+    return items;
+  }
+
+  TempDir dir;
+  ScriptedDialogs dialogs;
+  FakeLink* link = nullptr;
+  std::unique_ptr<TTavenaForm> form;
+};
+
+TEST_F(MainWindowTest, EveryWindowExistsOnceInStartUpOrderWithItsCaption) {
+  Create();
+  QStringList classes, captions;
+  for (QObject* child : form->children())
+    if (auto* window = qobject_cast<TBaseForm*>(child)) {
+      classes << window->metaObject()->className();
+      captions << window->windowTitle();
+      EXPECT_FALSE(window->isVisible());
+    }
+  EXPECT_EQ(classes.join(' '),
+            "tavena::TListingForm tavena::TEditDateTimeForm tavena::TPodmiotyForm "
+            "tavena::TEdytorSeqForm tavena::TSenderForm tavena::TBazaForm tavena::TInfoForm "
+            "tavena::TErrorForm tavena::TEdytorForm tavena::TCompileListForm "
+            "tavena::TSerialPortsForm tavena::TAboutForm");
+  EXPECT_EQ(captions.join('|'),
+            U("Monitor|Wprowadzanie daty i czasu|Lista podmiotów|Edycja sekwencji do drukarki.|"
+              "Wysyłanie plików binarnych.|Baza towarów|Informacja|Opis błędów|"
+              "Edycja sekwencji binarnych do drukarki.|Wynik kompilacji|"
+              "Informacje o portach szeregowych|O programie"));
+  EXPECT_EQ(form->windowTitle(), U("Program serwisowy drukarek."));
+  EXPECT_EQ(form->pos(), QPoint(0, 0));
+
+  QStringList missing;
+  QStringList names{"ComboCom",       "Baud",          "AktualnyCom",
+                    "Answer",         "ETypDrukarki",  "EWersjaSoftu",
+                    "EFiskalny",      "EIloscZerowan", "EOstatniZapis",
+                    "ENumerPF",       "ECzasDrukarki", "EDataPierwszegoRD",
+                    "ENIP",           "HCount",        "Label12",
+                    "Label15",        "FHeaderCheck",  "FDateCheck",
+                    "FVatCheck",      "Fiskalizacja",  "RD",
+                    "WDate",          "WVAT",          "WHeader",
+                    "TworzenieLogow", "SeekCom"};
+  for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'})
+    names << QStringLiteral("EVat%1").arg(letter) << QStringLiteral("ETot%1").arg(letter)
+          << QStringLiteral("E_Vat%1").arg(letter) << QStringLiteral("Vat%1").arg(letter);
+  for (int n = 1; n <= 8; ++n)
+    names << QStringLiteral("Line%1").arg(n) << QStringLiteral("BLine%1").arg(n)
+          << QStringLiteral("CLine%1").arg(n);
+  for (const QString& name : names)
+    if (!form->findChild<QWidget*>(name)) missing << name;
+  EXPECT_EQ(missing.join(' '), "");
+  EXPECT_TRUE(form->findChild<QCheckBox*>("CLine5")->isChecked());
+  EXPECT_FALSE(form->findChild<QCheckBox*>("BLine5")->isChecked());
+  EXPECT_EQ(Text("Label12"), U("Licznik bajtów nagłówka"));
+
+  const std::pair<const char*, const char*> menu[] = {
+      {"Otwrzpodmiot1", "Otwórz podmiot"}, {"Koniec1", "Koniec"},
+      {"PenyStatus1", "Pełny Status"},     {"Paragonza1gr1", "Paragon za 1gr"},
+      {"MonitorLogi1", "Monitor (Logi)"},  {"Wysyanieplikw1", "Wysyłanie plików"},
+      {"Ustawienia3", "Ustawienia"},       {"Color2", "Color"},
+      {"Oprogramie1", "O programie"}};
+  for (const auto& [name, caption] : menu) {
+    QAction* action = form->findChild<QAction*>(U(name));
+    ASSERT_NE(action, nullptr) << name;
+    EXPECT_EQ(action->text(), U(caption));
+  }
+  // Commands of later work are present but greyed out.
+  EXPECT_FALSE(form->findChild<QAction*>("ENQ1")->isEnabled());
+  EXPECT_FALSE(form->findChild<QPushButton*>("WVAT")->isEnabled());
+  EXPECT_TRUE(form->findChild<QAction*>("MonitorLogi1")->isEnabled());
+}
+
+TEST_F(MainWindowTest, FoundPrinterFillsFieldsAndSetsKindAndMode) {
+  Create();
+  link->find_result = 1;
+  link->found_port = "com3";
+  link->found_baud = 19200;
+  link->fields = {{"ETypDrukarki", "TAVENA QX-1 RX"},
+                  {"EFiskalny", "Tryb fiskalny."},
+                  {"EWersjaSoftu", "2.15"}};
+  Start();
+  EXPECT_EQ(form->PortName(), "com3");
+  EXPECT_EQ(form->BaudRate(), 19200);
+  EXPECT_EQ(Text("ETypDrukarki"), "TAVENA QX-1 RX");
+  EXPECT_EQ(Text("AktualnyCom"), U("19200 bodów "));
+  EXPECT_TRUE(form->IsFiscal());
+  EXPECT_EQ(form->DeviceKind(), '2');
+  EXPECT_TRUE(form->findChild<QWidget*>("Fiskalizacja")->isHidden());
+  EXPECT_TRUE(form->findChild<QWidget*>("FVatCheck")->isHidden());
+  EXPECT_EQ(link->calls, (std::vector<std::string>{"find com1 9600", "close", "close",
+                                                   "fill com3 19200", "open com3 19200"}));
+  EXPECT_EQ(link->monitor, form->Windows().listing);
+  EXPECT_EQ(link->answer_form, &form->Fields());
+  EXPECT_TRUE(dialogs.messages.empty());
+  // The port and speed in use are shown in their lists.
+  EXPECT_EQ(Combo("Baud")->currentText(), "19200");
+  EXPECT_EQ(Combo("Baud")->placeholderText(), U("Prędkość"));
+  EXPECT_EQ(Items("Baud").join(' '), "9600 19200 38400");
+
+  // Kinds and mode of other printers.
+  const std::tuple<const char*, const char*, bool, char> cases[] = {
+      {"TAVENA SOLIDA EJ", "Tryb szkoleniowy.", false, '2'},
+      {"tavena lumen", "Tryb szkoleniowy.", false, '1'},
+      {"TAVENA SOLIDA", "Błąd komunikacji.", false, '1'}};
+  for (const auto& [type, mode, fiscal, kind] : cases) {
+    link->fields = {{"ETypDrukarki", type}, {"EFiskalny", Utf8ToCp1250(mode)}};
+    form->ConnectPrinter();
+    EXPECT_EQ(form->IsFiscal(), fiscal) << type;
+    EXPECT_EQ(form->DeviceKind(), kind) << type;
+    EXPECT_FALSE(form->findChild<QWidget*>("Fiskalizacja")->isHidden()) << type;
+  }
+  link->usb_port = "com3";
+  form->ConnectPrinter();
+  EXPECT_EQ(Text("AktualnyCom"), "Tavena USB  ");
+}
+
+TEST_F(MainWindowTest, NoPrinterRestoresPortAndSpeedSilently) {
+  Create();
+  link->find_result = -1;
+  Start();
+  EXPECT_EQ(form->PortName(), "com1");
+  EXPECT_EQ(form->BaudRate(), 9600);
+  EXPECT_EQ(link->calls, (std::vector<std::string>{"find com1 9600", "close", "open com1 9600"}));
+  EXPECT_TRUE(dialogs.messages.empty());
+  EXPECT_EQ(Text("AktualnyCom"), "");
+  EXPECT_EQ(form->DeviceKind(), '0');
+
+  // A device path has port number 0: the channel is opened on it directly,
+  // and not again after the search failed.
+  form->SetSimulatedPort("/dev/pts/9");
+  link->calls.clear();
+  form->ConnectPrinter();
+  EXPECT_EQ(link->calls, (std::vector<std::string>{"find /dev/pts/9 9600", "close"}));
+  EXPECT_EQ(form->PortName(), "/dev/pts/9");
+  link->find_result = 1;
+  link->calls.clear();
+  form->ConnectPrinter();
+  EXPECT_EQ(link->calls,
+            (std::vector<std::string>{"find /dev/pts/9 9600", "close", "open /dev/pts/9 9600",
+                                      "close", "fill /dev/pts/9 9600", "open /dev/pts/9 9600"}));
+  link->find_result = 0;
+
+  // Linux explains a denied port.
+  link->advice = "Brak uprawnie\xF1";
+  form->ConnectPrinter();
+  ASSERT_EQ(dialogs.messages.size(), 1u);
+  EXPECT_EQ(dialogs.messages[0].text, U("Brak uprawnień"));
+}
+
+TEST_F(MainWindowTest, MessagesOfTheSearch) {
+  Create();
+  link->find_result = 2;
+  Start();
+  ASSERT_EQ(dialogs.messages.size(), 1u);
+  EXPECT_EQ(dialogs.messages[0].text,
+            U("Znaleziono podłączoną Kopię Elektroniczną.\nProszę wybrać port ręcznie."));
+  EXPECT_EQ(dialogs.messages[0].caption, U("Program serwisowy drukarek."));
+}
+
+TEST_F(MainWindowTest, PortListAndChoosingPortAndSpeed) {
+  Create();
+  form->SetSimulatedPort("/dev/pts/4");
+  Start();
+  EXPECT_EQ(Items("ComboCom"),
+            QStringList({"Drukarka symulowana /dev/pts/4", "Port komunikacyjny /dev/ttyS0",
+                         "TAVENA USB /dev/ttyUSB0"}));
+  EXPECT_EQ(Combo("ComboCom")->placeholderText(), "Porty");
+  EXPECT_TRUE(dialogs.messages.empty());
+
+  link->calls.clear();
+  Combo("ComboCom")->setCurrentIndex(2);
+  emit Combo("ComboCom")->activated(2);
+  EXPECT_EQ(form->PortName(), "/dev/ttyUSB0");
+  Combo("Baud")->setCurrentIndex(2);
+  emit Combo("Baud")->activated(2);
+  EXPECT_EQ(form->BaudRate(), 38400);
+  EXPECT_EQ(link->calls, (std::vector<std::string>{"close", "open /dev/ttyUSB0 9600", "close",
+                                                   "open /dev/ttyUSB0 38400"}));
+
+  EXPECT_EQ(TTavenaForm::PortNameFromEntry("Port komunikacyjny (COM3) com3"), "com3");
+  EXPECT_EQ(TTavenaForm::PortNameFromEntry("com4 Port symulowany."), "com4 Port symulowany.");
+  EXPECT_EQ(TTavenaForm::PortNameFromEntry("USB/serial adapter /dev/ttyUSB1"), "/dev/ttyUSB1");
+  EXPECT_EQ(TTavenaForm::PortNameFromEntry("/dev/ttyS2"), "/dev/ttyS2");
+  EXPECT_EQ(TTavenaForm::PortNameFromEntry("bez nazwy"), "bez nazwy");
+}
+
+TEST_F(MainWindowTest, NoPortsAndWineGiveNineSimulatedEntries) {
+  Create();
+  link->ports.clear();
+  Start();
+  ASSERT_EQ(dialogs.messages.size(), 1u);
+  EXPECT_EQ(dialogs.messages[0].text,
+            U("Program nie wykrył żadnego portu szeregowego w systemie\rWindows. Możesz również "
+              "nie mieć uprawnień do przeglądania\rrejestru systemowego. Program symuluje wybór "
+              "com1...com9.\r"));
+  EXPECT_EQ(dialogs.messages[0].caption, U("Brak portów szeregowych."));
+  QStringList expected;
+  for (int n = 1; n <= 9; ++n) expected << QStringLiteral("com%1 Port symulowany.").arg(n);
+  EXPECT_EQ(Items("ComboCom"), expected);
+
+  link->wine = true;
+  form->SeekComClick();
+  ASSERT_EQ(dialogs.messages.size(), 2u);
+  const QString advice = dialogs.messages[1].text;
+  EXPECT_EQ(dialogs.messages[1].caption, U("Informacja."));
+  EXPECT_TRUE(
+      advice.startsWith(U("Program wykrył, że pracuje pod emulatorem WINE.\rPrzypomina się "
+                          "o prawidłowej konfiguracji Linux i WINE.\r")));
+  EXPECT_TRUE(advice.contains(U("modprobe usbserial vendor=0x7A7A product=0x000X\r")));
+  EXPECT_TRUE(advice.contains(U("poniższe \rprzykładowe")));
+  EXPECT_TRUE(advice.contains(U("~/.wine/dosdevices/com1\t - Wbudowany port\r")));
+  EXPECT_TRUE(advice.endsWith(U("-Niektóre dystrybucje\r\rProgram symuluje wybór com1...com9.")));
+  EXPECT_EQ(advice.count('\r'), 14);
+  EXPECT_EQ(Items("ComboCom"), expected);
+}
+
+TEST_F(MainWindowTest, SearchingPortsAgainDuringASearchOnlyShowsTheReentryMessage) {
+  Create();
+  link->ports.clear();
+  bool reentered = false;
+  dialogs.while_message_open = [&] {
+    if (reentered) return;
+    reentered = true;
+    form->SeekComClick();
+  };
+  Start();
+  ASSERT_EQ(dialogs.messages.size(), 2u);
+  EXPECT_EQ(dialogs.messages[1].text,
+            U("Wywołanie ponowne procedury przeszukującej porty szeregowe."));
+  EXPECT_EQ(dialogs.messages[1].caption, U("Program serwisowy drukarek."));
+  EXPECT_EQ(Combo("ComboCom")->count(), 9);
+  form->SeekComClick();  // the guard is cleared after the search
+  EXPECT_EQ(dialogs.messages.size(), 3u);
+  EXPECT_EQ(dialogs.messages[2].caption, U("Brak portów szeregowych."));
+}
+
+TEST_F(MainWindowTest, ClosingSavesSettingsAndTheNextStartRestoresThem) {
+  WriteFile(dir.file("config.tav"), "ListShowing=1\r\nPodPath=/tmp/\r\nPodFile=firma.pod\r\n");
+  Create();
+  Start();
+  EXPECT_EQ(form->pos(), QPoint(0, 0));  // no kept place
+  EXPECT_TRUE(form->Windows().listing->isVisible());
+  EXPECT_EQ(Text("Label15"), "/tmp/firma.pod");
+  form->resize(1100, 800);
+  form->move(30, 40);
+  QApplication::processEvents();
+  form->close();
+  const std::string saved = ReadFile(dir.file("config.tav"));
+  EXPECT_NE(saved.find("\r\nMainTop=40\r\nMainLeft=30\r\nMainWidth=1100\r\nMainHeight=800\r\n"),
+            std::string::npos);
+  EXPECT_NE(saved.find("\r\nPodFile=firma.pod\r\n"), std::string::npos);
+  EXPECT_NE(saved.find("\r\nFontInfoSet=Arial\r\nFontInfoCol=6908495\r\nFontInfoSize=10\r\n"
+                       "FontInfoStyle=3\r\n"),
+            std::string::npos);
+
+  form.reset();
+  Settings() = SettingsRecord{};
+  Create();
+  Start();
+  EXPECT_EQ(form->size(), QSize(1100, 800));
+  EXPECT_EQ(form->pos(), QPoint(30, 40));
+}
+
+TEST_F(MainWindowTest, FontsGoToControlsByNameAndTheDialogsChangeThem) {
+  WriteFile(dir.file("config.tav"), "FontInfoSet=\r\nFontInfoSize=12\r\n");
+  Create();
+  Start();
+  QWidget* type = form->findChild<QWidget*>("ETypDrukarki");
+  EXPECT_EQ(type->font().family(), "Arial");
+  EXPECT_EQ(type->font().pointSize(), 12);
+  EXPECT_TRUE(type->font().bold() && type->font().italic());
+  EXPECT_EQ(type->palette().color(QPalette::Base), QColor(0xE5, 0xE5, 0xE5));
+  EXPECT_EQ(type->palette().color(QPalette::Text), QColor(0x4F, 0x6A, 0x69));
+  QWidget* line = form->findChild<QWidget*>("Line3");
+  EXPECT_EQ(line->font().pointSize(), 10);
+
+  dialogs.chosen_font = QFont("Courier New", 14);
+  form->Ustawienia3Click();  // Edit
+  EXPECT_EQ(Settings().font_edit.face, "Courier New");
+  EXPECT_EQ(Settings().font_edit.size, 14);
+  EXPECT_EQ(Settings().font_edit.style, 0);
+  EXPECT_EQ(line->font().pointSize(), 14);
+  EXPECT_EQ(type->font().pointSize(), 12);
+
+  dialogs.chosen_colour = QColor(0x11, 0x22, 0x33);
+  form->Color1Click();  // Info
+  EXPECT_EQ(Settings().font_info.colour, 0x332211);
+  EXPECT_EQ(type->palette().color(QPalette::Text), QColor(0x11, 0x22, 0x33));
+
+  dialogs.chosen_font.reset();
+  dialogs.chosen_colour.reset();
+  const SettingsRecord before = Settings();
+  form->Ustawienia2Click();
+  form->Color2Click();
+  EXPECT_EQ(Settings().font_wind.face, before.font_wind.face);
+  EXPECT_EQ(Settings().font_wind.colour, before.font_wind.colour);
+}
+
+TEST_F(MainWindowTest, LoggingBoxMenusAndAbout) {
+  Create();
+  Start();
+  form->findChild<QCheckBox*>("TworzenieLogow")->setChecked(true);
+  EXPECT_TRUE(link->logging);
+  form->findChild<QCheckBox*>("TworzenieLogow")->setChecked(false);
+  EXPECT_FALSE(link->logging);
+
+  form->findChild<QAction*>("MonitorLogi1")->trigger();
+  EXPECT_TRUE(form->Windows().listing->isVisible());
+  EXPECT_TRUE(Settings().list.showing);
+
+  form->findChild<QAction*>("Oprogramie1")->trigger();
+  EXPECT_TRUE(form->Windows().about->isVisible());
+  EXPECT_EQ(form->Windows().about->Text(), U("Program serwisowy do drukarek TAVENA."));
+
+  form->findChild<QAction*>("Koniec1")->trigger();
+  EXPECT_FALSE(form->isVisible());
+}
+
+}  // namespace
+}  // namespace tavena

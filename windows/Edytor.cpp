@@ -1,0 +1,13 @@
+#include "Edytor.h"
+
+#include "ui_Edytor.h"
+
+namespace tavena {
+
+TEdytorForm::TEdytorForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TEdytorForm) {
+  ui->setupUi(this);
+}
+
+TEdytorForm::~TEdytorForm() = default;
+
+}  // namespace tavena

@@ -1,0 +1,13 @@
+#include "Edytorseq.h"
+
+#include "ui_Edytorseq.h"
+
+namespace tavena {
+
+TEdytorSeqForm::TEdytorSeqForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TEdytorSeqForm) {
+  ui->setupUi(this);
+}
+
+TEdytorSeqForm::~TEdytorSeqForm() = default;
+
+}  // namespace tavena

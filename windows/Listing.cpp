@@ -1,0 +1,77 @@
+#include "Listing.h"
+
+#include <QFileInfo>
+#include <fstream>
+
+#include "app/Dialogs.h"
+#include "app/Fonts.h"
+#include "app/Texts.h"
+#include "ui_Listing.h"
+
+namespace tavena {
+
+TListingForm::TListingForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TListingForm) {
+  ui->setupUi(this);
+  connect(ui->Koniec1, &QAction::triggered, this, &TListingForm::Koniec1Click);
+  connect(ui->Zapisz1, &QAction::triggered, this, &TListingForm::Zapisz1Click);
+  connect(ui->Wyczy1, &QAction::triggered, this, &TListingForm::Wyczy1Click);
+}
+
+TListingForm::~TListingForm() = default;
+
+void TListingForm::AppendLine(const std::string& line) {
+  ui->EEkran->appendPlainText(FromCp1250(line));
+}
+
+QStringList TListingForm::Lines() const {
+  const QString text = ui->EEkran->toPlainText();
+  if (text.isEmpty()) return {};
+  return text.split(QLatin1Char('\n'));
+}
+
+bool TListingForm::WriteLines(const QString& path, const QStringList& lines) {
+  std::string bytes;
+  for (const QString& line : lines) bytes += ToCp1250(line) + "\r\n";
+  std::ofstream out(path.toStdString(), std::ios::binary | std::ios::trunc);
+  return out && out.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
+}
+
+void TListingForm::Koniec1Click() {
+  close();
+}
+
+void TListingForm::Zapisz1Click() {
+  const FileDialogRequest request{
+      Tr("Logi(*.log)|*.log|Pliki tekstowe(*.txt)|*.txt|Wszystkie pliki(*.*)|*.*"),
+      Tr("Zapis pliku na dysk."), FromCp1250(Settings().list_path), Tr("Listing.log")};
+  const std::optional<QString> path = Dialogs().SaveFile(this, request);
+  if (!path) return;
+  Settings().list_path = ToCp1250(QFileInfo(*path).absolutePath());
+  WriteLines(*path, Lines());
+}
+
+void TListingForm::Wyczy1Click() {
+  ui->EEkran->clear();
+}
+
+void TListingForm::FormShow() {
+  RestorePlace(*this, Settings().list);
+  QFont font = Fonts().wind.font;
+  font.setFamily(Tr("Courier New"));
+  ui->EEkran->setFont(font);
+  Settings().list.showing = true;
+}
+
+void TListingForm::FormResize() {
+  KeepPlace(*this, Settings().list);
+}
+
+void TListingForm::FormDeactivate() {
+  KeepPlace(*this, Settings().list);
+}
+
+void TListingForm::FormClose() {
+  Settings().list.showing = false;
+}
+
+}  // namespace tavena

@@ -1,0 +1,44 @@
+// The exchange monitor "Monitor": a read-only pane the printer object
+// writes its question and answer lines into; can be saved and cleared.
+#pragma once
+
+#include <memory>
+
+#include "protocol/Formsink.h"
+#include "windows/Baseform.h"
+
+namespace Ui {
+class TListingForm;
+}
+
+namespace tavena {
+
+class TListingForm : public TBaseForm, public MonitorSink {
+  Q_OBJECT
+
+ public:
+  explicit TListingForm(QWidget* parent = nullptr);
+  ~TListingForm() override;
+
+  void AppendLine(const std::string& line) override;
+  // The pane's text, one line per element (for saving and tests).
+  QStringList Lines() const;
+  // Writes the lines, Windows-1250, each ended by CR LF.
+  static bool WriteLines(const QString& path, const QStringList& lines);
+
+ public slots:
+  void Koniec1Click();
+  void Zapisz1Click();
+  void Wyczy1Click();
+
+ protected:
+  void FormShow() override;
+  void FormResize() override;
+  void FormDeactivate() override;
+  void FormClose() override;
+
+ private:
+  std::unique_ptr<Ui::TListingForm> ui;
+};
+
+}  // namespace tavena
