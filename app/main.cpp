@@ -69,13 +69,16 @@ int main(int argc, char** argv) {
   std::unique_ptr<tavena::TTavenaForm> main =
       tavena::CreateWindows(tavena::MakeCorePrinterLink(), folder);
   if (options.simulate) main->SetSimulatedPort(simulator.Path());
-  main->show();
-  if (!options.screenshot_folder.isEmpty()) {
-    QTimer::singleShot(500, [&] {
+  // Shown from the event loop, so that closing the window during the
+  // printer search ends the program.
+  QTimer::singleShot(0, main.get(), [&] {
+    main->show();
+    if (options.screenshot_folder.isEmpty()) return;
+    QTimer::singleShot(500, main.get(), [&] {
       SaveScreenshots(*main, options.screenshot_folder);
       main->close();
     });
-  }
+  });
   const int code = app.exec();
   tavena::SetPumpHook(nullptr);
   return code;

@@ -2,7 +2,10 @@
 // tavena-sim on a pseudo-terminal (real time).
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QRegularExpression>
 
@@ -67,6 +70,17 @@ TEST(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
   const std::string saved = ReadFile(dir.file("Listing.log"));
   EXPECT_TRUE(saved.ends_with("\r\n"));
   EXPECT_EQ(std::count(saved.begin(), saved.end(), '\n'), lines.size());
+
+  // "Tworzenie logów" switches the communication log on: reopening the
+  // port now writes its log file.
+  const std::string log_file = dir.file("logs") + "/" +
+                               simulator.Path().substr(simulator.Path().rfind('/') + 1) +
+                               "_log.txt";
+  EXPECT_FALSE(std::filesystem::exists(log_file));
+  form->findChild<QCheckBox*>("TworzenieLogow")->setChecked(true);
+  emit ports->activated(0);
+  EXPECT_EQ(form->PortName(), simulator.Path());
+  EXPECT_NE(ReadFile(log_file).find("Otwarcie portu."), std::string::npos) << log_file;
   form->close();
   Settings() = SettingsRecord{};
 }
