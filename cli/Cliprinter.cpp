@@ -513,8 +513,12 @@ void AddQueries(CLI::App& app, CliContext& ctx, CommandList& commands) {
   f->add_option("--sysfs", ctx.sysfs, "Root of the sysfs tree to scan (Linux)")->group("");
   commands.emplace_back(f, [&ctx, find] { return RunFind(ctx, *find); });
 
-  for (const char* name : {"enq", "dle", "bel"}) {
-    CLI::App* c = app.add_subcommand(name, std::string("Send ") + name + " and show the answer");
+  const std::pair<const char*, const char*> control[] = {
+      {"enq", "Send ENQ and interpret the status byte"},
+      {"dle", "Send DLE and interpret the status byte"},
+      {"bel", "Ring the printer's bell (BEL)"}};
+  for (const auto& [name, description] : control) {
+    CLI::App* c = app.add_subcommand(name, description);
     const char which = name[0];
     commands.emplace_back(c, [&ctx, which] { return RunControlByte(ctx, which); });
   }

@@ -69,12 +69,13 @@ class EndToEnd : public ::testing::Test {
   void TearDown() override { StopSim(); }
 
   // Starts the simulator; its standard error (the receive log) goes to a file.
-  void StartSim(const std::vector<std::string>& options = {}) {
+  // via_tool: run it as "tavena sim" instead of tavena-sim.
+  void StartSim(bool via_tool = false) {
     int out[2];
     ASSERT_EQ(pipe(out), 0);
     const int err = open(dir_.file("sim.log").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    std::vector<std::string> args = {kSim};
-    args.insert(args.end(), options.begin(), options.end());
+    const std::vector<std::string> args =
+        via_tool ? std::vector<std::string>{kTool, "sim"} : std::vector<std::string>{kSim};
     sim_ = Spawn(args, out[1], err);
     close(out[1]);
     close(err);
@@ -173,8 +174,8 @@ TEST_F(EndToEnd, VatRatesSetThenShownByInfo) {
   EXPECT_NE(r.out.find("\nEDataPierwszegoRD: "), std::string::npos);
 }
 
-TEST_F(EndToEnd, ClockSetAndReadBack) {
-  StartSim();
+TEST_F(EndToEnd, ClockSetAndReadBackOnTheToolsOwnSimulator) {
+  StartSim(true);
   ToolRun r = Tool({"clock", "--set", "2025-06-07 08:09:10", "--port", port_});
   EXPECT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out, "2025-06-07 08:09\n");

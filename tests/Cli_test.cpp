@@ -6,6 +6,7 @@
 
 #include "TestSupport.h"
 #include "cli/Cli.h"
+#include "cli/Cliprogress.h"
 #include "sequence/Messagelanguage.h"
 
 namespace tavena {
@@ -170,6 +171,22 @@ TEST_F(CliTest, LanguageFileInTheConfigurationFolder) {
   EXPECT_EQ(r.err.rfind("tavena: Check the NIP number. ", 0), 0u) << r.err;
   r = Tavena({"fiscalise", "--nip", "1", "--lang", "pl"});
   EXPECT_EQ(r.err.rfind("tavena: Sprawdź numer NIP. ", 0), 0u) << r.err;
+}
+
+TEST(CliProgress, BarOnATerminalOnly) {
+  std::ostringstream terminal, pipe;
+  SendProgress bar(terminal, true, 200);
+  bar.Update(0);
+  bar.Update(100);
+  bar.Update(200);
+  bar.Finish();
+  EXPECT_EQ(terminal.str(), "\r[" + std::string(40, ' ') + "] 0%  0/200" + "\r[" +
+                                std::string(20, '#') + std::string(20, ' ') + "] 50%  100/200" +
+                                "\r[" + std::string(40, '#') + "] 100%  200/200\n");
+  SendProgress quiet(pipe, false, 200);
+  quiet.Update(100);
+  quiet.Finish();
+  EXPECT_EQ(pipe.str(), "");
 }
 
 }  // namespace
