@@ -30,8 +30,10 @@ struct CliContext {
   std::string sysfs = "/sys";
 };
 
-// Runs the tool on UTF-8 arguments (args[0] is the program name).
-int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+// Runs the tool on UTF-8 arguments (args[0] is the program name); terminal
+// says whether out is a terminal (progress bar).
+int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+           bool terminal = false);
 // The process entry: arguments, terminal, then RunCli on std::cout/cerr.
 int CliMain(int argc, char** argv);
 

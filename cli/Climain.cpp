@@ -107,8 +107,9 @@ std::string HexPairs(const std::string& bytes) {
   return out;
 }
 
-int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-  CliContext ctx{out, err, {}, 9600, false, false, "/sys"};
+int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+           bool terminal) {
+  CliContext ctx{out, err, {}, 9600, false, terminal, "/sys"};
   MessageLanguage = ChooseLanguage("");
   if (args.size() > 1 && args[1] == "sim") return RunSimulator(args, ctx);
 
@@ -134,7 +135,7 @@ int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
 int CliMain(int argc, char** argv) {
   PrepareTerminal();
   const std::vector<std::string> args = Utf8Arguments(argc, argv);
-  const int code = RunCli(args, std::cout, std::cerr);
+  const int code = RunCli(args, std::cout, std::cerr, StdoutIsTerminal());
   std::cout.flush();
   return code;
 }

@@ -472,8 +472,10 @@ int RunSend(CliContext& ctx, const std::string& file, int block) {
   if (!Connect(ctx, d, code)) return code;
   SendProgress progress(ctx.out, ctx.terminal, stream.Length());
   progress.Update(0);
+  d.stream_progress = [&progress](size_t done, size_t) {
+    progress.Update(static_cast<int64_t>(done));
+  };
   const bool sent = d.SendStreamConfirmed(stream, block);
-  if (sent) progress.Update(stream.Length());
   progress.Finish();
   d.Close();
   if (!sent)
