@@ -223,6 +223,7 @@ bool Drukarka::SendStreamConfirmed(const iBuffer& stream, int block_limit) {
     block += static_cast<char>(kENQ);
     if (!SendBytes(block)) return false;
     if (!AwaitBlockConfirmation()) return false;
+    if (stream_progress) stream_progress(pos, bytes.size());
   }
   return true;
 }

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,7 +68,10 @@ class Drukarka {
   std::string label1;  // two labels of up to 19 characters shown in every log line
   std::string label2;
   MonitorSink* monitor = nullptr;  // not owned; gets every exchange line when set
-  FastCom com;                     // the channel
+  // Called after each confirmed block of SendStreamConfirmed with the bytes
+  // of the stream sent so far and the stream's length (none when empty).
+  std::function<void(size_t done, size_t total)> stream_progress;
+  FastCom com;  // the channel
 
   static constexpr size_t kPortNameLimit = 127;
   static constexpr size_t kLabelLimit = 19;

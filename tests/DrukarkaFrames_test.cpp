@@ -246,7 +246,11 @@ TEST_F(DrukarkaFramesTest, StreamBlocksCutAfterFrameEnds) {
   script_->writes.clear();
   Reply("\x6C");
   Reply("\x6C");
+  std::vector<std::pair<size_t, size_t>> progress;
+  printer_.stream_progress = [&](size_t done, size_t total) { progress.emplace_back(done, total); };
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2 + kF3), 15));
+  printer_.stream_progress = nullptr;
+  EXPECT_EQ(progress, (std::vector<std::pair<size_t, size_t>>{{20, 30}, {30, 30}}));
   ASSERT_EQ(Writes().size(), 2u);
   EXPECT_EQ(Writes()[0], kF1 + kF2 + "\x05");
   EXPECT_EQ(Writes()[1], kF3 + "\x05");

@@ -1,0 +1,131 @@
+// Subcommands that need no printer: compile, frame, ports.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "Cli.h"
+#include "protocol/Drukarka.h"
+#include "protocol/Inputcheck.h"
+#include "sequence/Clock.h"
+#include "sequence/Codepage.h"
+#include "sequence/Messagelanguage.h"
+#include "sequence/Seqcompileclass.h"
+#include "transport/Usbclass.h"
+
+namespace tavena {
+
+namespace {
+
+struct CompileOptions {
+  std::string source;
+  std::string output;
+  std::string now;
+  bool hex = false;
+};
+
+// The compile date: --now, or the host's clock.
+bool CompileClock(CliContext& ctx, const std::string& now, std::optional<VirtualClock>& clock) {
+  if (now.empty()) return true;
+  DateTimeValue d;
+  std::string message;
+  if (!ParseDateTime(Utf8ToCp1250(now), true, d, message)) return Fail(ctx, 0, message), false;
+  clock.emplace(LocalTime{d.year, d.month, d.day, d.hour, d.minute, d.second, 0});
+  return true;
+}
+
+int RunCompile(CliContext& ctx, const CompileOptions& o) {
+  std::error_code ec;
+  if (!std::filesystem::is_regular_file(o.source, ec))
+    return FailUtf8(ctx, kExitUsage,
+                    MsgUtf8("Brak pliku sekwencji: ", "No sequence file: ") + o.source);
+  std::optional<VirtualClock> clock;
+  if (!CompileClock(ctx, o.now, clock)) return kExitUsage;
+  ScopedClock scope(clock ? &*clock : &CurrentClock());
+
+  SeqCompileClass compiler;
+  compiler.source_file_name = o.source;
+  std::vector<std::string> lines, messages;
+  compiler.LoadSource(lines);  // an empty file compiles to "Input file is empty."
+  const bool ok = compiler.Compile(lines, &messages);
+  for (const std::string& m : messages) PrintLine(ctx, m);
+  if (!ok) return kExitPrinter;
+  if (o.hex) ctx.out << HexPairs(compiler.output.ToString()) << '\n';
+  if (!o.output.empty() && !compiler.output.SaveToFile(o.output))
+    return FailUtf8(ctx, kExitUsage,
+                    MsgUtf8("Nie można zapisać pliku: ", "Cannot write the file: ") + o.output);
+  return kExitDone;
+}
+
+struct FrameOptions {
+  std::string body;
+  bool no_sum = false;
+};
+
+int RunFrame(CliContext& ctx, const FrameOptions& o) {
+  ctx.out << HexPairs(BuildFrame(Utf8ToCp1250(o.body), !o.no_sum)) << '\n';
+  return kExitDone;
+}
+
+struct PortsOptions {
+  bool all = false;
+  bool report = false;
+};
+
+void PrintRecord(CliContext& ctx, const DeviceRecord& r) {
+  std::string title = r.port_name + "  " + r.description;
+  if (IsPrinterVendor(r)) title += Msg("  [drukarka TAVENA USB]", "  [TAVENA USB printer]");
+  PrintLine(ctx, title);
+  std::string summary = RecordSummary(r);
+  for (size_t start = 0, end; (end = summary.find("\r\n", start)) != std::string::npos;
+       start = end + 2)
+    PrintLine(ctx, "  " + summary.substr(start, end - start));
+}
+
+int RunPorts(CliContext& ctx, const PortsOptions& o) {
+  UsbClass usb;
+  usb.SetSysfsRoot(ctx.sysfs);
+  usb.all_devices = o.all;
+  usb.numbered_only = true;
+  usb.report = o.report;
+  const bool ok = usb.Discover();
+  if (o.report) {
+    std::string report = usb.Report();
+    report.erase(std::remove(report.begin(), report.end(), '\r'), report.end());
+    ctx.out << Cp1250ToUtf8(report);
+  } else {
+    for (const DeviceRecord& r : usb.Records()) PrintRecord(ctx, r);
+  }
+  if (usb.Records().empty() && ok)
+    PrintLine(ctx, Msg("Nie znaleziono portów szeregowych.", "No serial ports found."));
+  return ok ? kExitDone : Fail(ctx, kExitPrinter, usb.ErrorText());
+}
+
+}  // namespace
+
+void AddOfflineCommands(CLI::App& app, CliContext& ctx, CommandList& commands) {
+  auto compile = std::make_shared<CompileOptions>();
+  CLI::App* c = app.add_subcommand("compile", "Compile a sequence file");
+  c->add_option("source", compile->source, "Sequence source file")->required();
+  c->add_option("-o,--output", compile->output, "Write the compiled bytes (.bin) on success");
+  c->add_option("--now", compile->now,
+                "Date and time for the date escapes, \"YYYY-MM-DD hh:mm:ss\"");
+  c->add_flag("--hex", compile->hex, "Print the compiled bytes in hex");
+  commands.emplace_back(c, [&ctx, compile] { return RunCompile(ctx, *compile); });
+
+  auto frame = std::make_shared<FrameOptions>();
+  CLI::App* f = app.add_subcommand("frame", "Print the frame of a command body in hex");
+  f->add_option("body", frame->body, "Command body (UTF-8)")->required();
+  f->add_flag("--no-sum", frame->no_sum, "Leave out the control sum");
+  commands.emplace_back(f, [&ctx, frame] { return RunFrame(ctx, *frame); });
+
+  auto ports = std::make_shared<PortsOptions>();
+  CLI::App* p = app.add_subcommand("ports", "List the serial ports, TAVENA USB printers marked");
+  p->add_flag("--all", ports->all, "Also ports that are not present or have no number");
+  p->add_flag("--report", ports->report, "Every property of every port");
+  p->add_option("--sysfs", ctx.sysfs, "Root of the sysfs tree to scan (Linux)")->group("");
+  commands.emplace_back(p, [&ctx, ports] { return RunPorts(ctx, *ports); });
+}
+
+}  // namespace tavena

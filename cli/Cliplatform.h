@@ -1,0 +1,23 @@
+// What the command-line tool needs of the host: the arguments in UTF-8, a
+// UTF-8 terminal, whether standard output is a terminal, the folder of
+// language.tav and the advice for a port that cannot be opened.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tavena {
+
+// The program's arguments (argv[0] included) as UTF-8.
+std::vector<std::string> Utf8Arguments(int argc, char** argv);
+// Makes the terminal show UTF-8 (Windows console); nothing elsewhere.
+void PrepareTerminal();
+bool StdoutIsTerminal();
+// Folder of config.tav and language.tav: $XDG_CONFIG_HOME/tavena (default
+// ~/.config/tavena) on Linux, the program's folder on Windows.
+std::string ConfigFolder();
+// One UTF-8 sentence on why a port could not be opened, from the system's
+// error number of the open; empty when there is nothing to add.
+std::string OpenFailureAdvice(int system_error);
+
+}  // namespace tavena
