@@ -16,7 +16,16 @@
 
 namespace {
 
+const char* const kUsage =
+    "Usage: tavena-service [--simulate [MODEL]] [--screenshot DIR]\n"
+    "  --simulate [MODEL]  start the simulated printer (tavena-sim, model LUMEN unless given)\n"
+    "                      and connect to it\n"
+    "  --screenshot DIR    after start-up save main-window.png and monitor.png into DIR, quit\n"
+    "  -h, --help          print this help\n";
+
 struct Options {
+  bool help = false;
+  QString error;  // what is wrong with the command line
   bool simulate = false;
   QString model;
   QString screenshot_folder;
@@ -31,8 +40,15 @@ Options ParseOptions(const QStringList& arguments) {
     if (argument == QLatin1String("--simulate")) {
       options.simulate = true;
       if (has_value) options.model = arguments[++i];
-    } else if (argument == QLatin1String("--screenshot") && has_value) {
-      options.screenshot_folder = arguments[++i];
+    } else if (argument == QLatin1String("--screenshot")) {
+      if (has_value)
+        options.screenshot_folder = arguments[++i];
+      else
+        options.error = QStringLiteral("--screenshot needs a folder");
+    } else if (argument == QLatin1String("-h") || argument == QLatin1String("--help")) {
+      options.help = true;
+    } else if (options.error.isEmpty()) {
+      options.error = QStringLiteral("unknown option: ") + argument;
     }
   }
   return options;
@@ -52,6 +68,12 @@ void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
   const Options options = ParseOptions(QApplication::arguments());
+  if (options.help || !options.error.isEmpty()) {
+    if (!options.error.isEmpty())
+      std::fprintf(stderr, "tavena-service: %s\n", qPrintable(options.error));
+    std::fputs(kUsage, options.help ? stdout : stderr);
+    return options.help ? 0 : 2;
+  }
   const std::string folder =
       tavena::SettingsFolder(QApplication::applicationDirPath().toStdString());
   tavena::ReadMessageLanguage(folder);
