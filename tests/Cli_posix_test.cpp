@@ -213,6 +213,9 @@ TEST_F(EndToEnd, StatusBytesHeaderReceiptAndDailyReport) {
             "poprawnie.\n");
   r = Tool({"dle", "--port", port_});
   EXPECT_EQ(r.out, "0x74\nDrukarka jest w stanie ON-LINE.\nPapier założony.\n");
+  r = Tool({"--lang", "en", "find", "--port", port_});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "Port: " + port_ + "\nSpeed: 9600\nKind: TAVENA LUMEN (1)\n");
 
   r = Tool({"header", "--line", "Sklep", "--line", "Łódź", "--center", "1", "--bold", "2", "--port",
             port_});
