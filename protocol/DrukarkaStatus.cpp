@@ -174,13 +174,9 @@ void Drukarka::FillStatusFields(FormFields& form, const std::string& port,
   fill.Row("ETot", kStatusTotals, false);
   fill.Field(
       "ENumerPF", [&] { return ReadStatus(0, kStatusUniqueNumber); }, NoRead());
+  // A clock that does not answer reads "1980-01-01 00:00", which is what the field shows.
   fill.Field(
-      "ECzasDrukarki",
-      [&] {
-        const std::string& clock = ReadClock();
-        return LastReadOk() ? clock : std::string();
-      },
-      NoRead());
+      "ECzasDrukarki", [&] { return ReadClock(); }, NoRead());
   if (form.HasControl("EDataPierwszegoRD")) {
     const bool ask = fill.Ok();
     if (ask) form.SetText("EDataPierwszegoRD", Utf8ToCp1250("Początek"));
