@@ -25,6 +25,8 @@ constexpr const char* kUsage =
     "  --baud N              the printer's speed; a client at another speed is\n"
     "                        not understood (default: any speed, 9600 for --line-rate)\n"
     "  --link PATH           make PATH a symbolic link to the terminal\n"
+    "  --record FILE         write every byte the printer receives to FILE, raw,\n"
+    "                        in order and at once (the file is emptied first)\n"
     "  --fixed-clock \"YYYY-MM-DD HH:MM\"\n"
     "                        the printer's clock stands at this time\n"
     "  --fiscal              start in fiscal mode\n"
@@ -115,6 +117,7 @@ class Parser {
     if (a == "--line-rate") return o.faults.line_rate = true;
     if (a == "--model") return Value(a, o.model, error);
     if (a == "--link") return Value(a, o.server.link, error);
+    if (a == "--record") return Value(a, o.server.record, error);
     if (a == "--baud") return Number(a, o.baud, 1, error);
     if (a == "--answers") return Number(a, o.faults.answers_before_silence, 0, error);
     if (a == "--delay") return Number(a, o.faults.answer_delay_ms, 0, error);

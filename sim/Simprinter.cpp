@@ -17,6 +17,7 @@ constexpr uint8_t kCan = 0x18;
 constexpr uint8_t kSub = 0x1A;
 constexpr uint8_t kXoff = 0x13;
 constexpr size_t kMaxFrame = 2048;
+constexpr size_t kIgnoredLine = 256;  // ignored bytes per log line at most
 
 std::string HexByte(uint8_t b) {
   char text[8];
@@ -26,6 +27,12 @@ std::string HexByte(uint8_t b) {
 
 int64_t CeilMs(int64_t us) {
   return (us + 999) / 1000;
+}
+
+// Keeps the newest cap..2*cap elements once there are more than 2*cap.
+template <typename Sequence>
+void KeepNewest(Sequence& items, size_t cap) {
+  if (items.size() > 2 * cap) items.erase(items.begin(), items.end() - static_cast<ptrdiff_t>(cap));
 }
 
 }  // namespace
@@ -69,10 +76,14 @@ void SimPrinter::Receive(std::string_view bytes, int64_t now_ms) {
   const int64_t now_us = now_ms * 1000;
   MakeNoise(now_us);
   for (const char c : bytes) {
-    in_us_ = std::max(in_us_, now_us) + ByteUs();
+    const int64_t start_us = std::max(in_us_, now_us);
+    if (start_us - in_us_ > kSimFrameIdleMs * 1000) DropStaleFrame(start_us);
+    in_us_ = start_us + ByteUs();
     record_.received += c;
+    KeepNewest(record_.received, kSimRecordBytes);
     if (!SpeedMatches()) {
       record_.garbled += c;
+      KeepNewest(record_.garbled, kSimRecordBytes);
       continue;
     }
     HandleByte(static_cast<uint8_t>(c), in_us_);
@@ -82,6 +93,14 @@ void SimPrinter::Receive(std::string_view bytes, int64_t now_ms) {
     Log("at " + std::to_string(client_baud_) + " bd (printer " + std::to_string(baud_) +
         " bd), not understood: " + SimReadable(bytes));
   FlushIgnored();
+}
+
+void SimPrinter::DropStaleFrame(int64_t t_us) {
+  if (parse_ != Parse::kFrame && parse_ != Parse::kFrameEsc) return;
+  Log("unfinished frame dropped after " + std::to_string((t_us - in_us_) / 1000) +
+      " ms of silence: " + SimReadable(frame_));
+  frame_.clear();
+  parse_ = Parse::kIdle;
 }
 
 void SimPrinter::HandleByte(uint8_t b, int64_t t_us) {
@@ -131,7 +150,7 @@ void SimPrinter::HandleIdle(uint8_t b, int64_t t_us) {
     return;
   }
   if (!model_.answers_identity) {
-    ignored_ += static_cast<char>(b);
+    Ignore(b);
     return;
   }
   if (b == kEnq) {
@@ -155,7 +174,7 @@ void SimPrinter::HandleIdle(uint8_t b, int64_t t_us) {
     FlushIgnored();
     Log("CAN");
   } else {
-    ignored_ += static_cast<char>(b);
+    Ignore(b);
   }
 }
 
@@ -172,10 +191,10 @@ void SimPrinter::HandleEscape(uint8_t b, int64_t t_us) {
     else
       Log("ESC S: not a journal printer");
   } else if (b == kEsc) {
-    ignored_ += static_cast<char>(kEsc);
+    Ignore(kEsc);
     parse_ = Parse::kEsc;
   } else {
-    ignored_ += static_cast<char>(kEsc);
+    Ignore(kEsc);
     HandleIdle(b, t_us);
   }
 }
@@ -203,7 +222,7 @@ void SimPrinter::CompleteFrame(int64_t t_us) {
   } else {
     Log(what + " -> ignored");
   }
-  record_.frames.push_back(rec);
+  Remember(rec);
   ++frames_seen_;
   if (faults_.close_after_frames >= 0 && frames_seen_ >= faults_.close_after_frames) {
     faults_.line_closed = true;
@@ -241,13 +260,31 @@ void SimPrinter::Answer(const std::string& bytes, int64_t t_us, const std::strin
 }
 
 void SimPrinter::Emit(std::string_view bytes, int64_t start_us) {
+  size_t dropped = 0;
   for (const char c : bytes) {
+    if (out_.size() >= kSimMaxOutput) {
+      ++dropped;
+      continue;
+    }
     out_us_ = std::max(out_us_, start_us) + ByteUs();
-    const auto at = std::upper_bound(
-        out_.begin(), out_.end(), out_us_,
-        [](int64_t t, const std::pair<int64_t, uint8_t>& item) { return t < item.first; });
-    out_.insert(at, {out_us_, static_cast<uint8_t>(c)});
+    Push(out_us_, static_cast<uint8_t>(c));
   }
+  if (dropped == 0) return;
+  record_.dropped_output += dropped;
+  Log("output full (nobody reads), " + std::to_string(dropped) + " bytes dropped");
+}
+
+// Queues one byte by its arrival time; false when the output is full.
+bool SimPrinter::Push(int64_t at_us, uint8_t b) {
+  if (out_.size() >= kSimMaxOutput) {
+    ++record_.dropped_output;
+    return false;
+  }
+  const auto at = std::upper_bound(
+      out_.begin(), out_.end(), at_us,
+      [](int64_t t, const std::pair<int64_t, uint8_t>& item) { return t < item.first; });
+  out_.insert(at, {at_us, b});
+  return true;
 }
 
 void SimPrinter::MakeNoise(int64_t now_us) {
@@ -257,13 +294,15 @@ void SimPrinter::MakeNoise(int64_t now_us) {
   }
   const int64_t period = int64_t{faults_.noise_every_ms} * 1000;
   if (next_noise_us_ < 0) next_noise_us_ = now_us + period;
-  while (next_noise_us_ <= now_us) {
-    const auto at = std::upper_bound(
-        out_.begin(), out_.end(), next_noise_us_,
-        [](int64_t t, const std::pair<int64_t, uint8_t>& item) { return t < item.first; });
-    out_.insert(at, {next_noise_us_, kSimNoiseByte});
-    next_noise_us_ += period;
+  if (next_noise_us_ > now_us) return;
+  // After a long time unasked, only the newest bytes that fit are made.
+  const int64_t due = (now_us - next_noise_us_) / period + 1;
+  const auto room = static_cast<int64_t>(kSimMaxOutput - std::min(kSimMaxOutput, out_.size()));
+  if (due > room) {
+    record_.dropped_output += static_cast<size_t>(due - room);
+    next_noise_us_ += (due - room) * period;
   }
+  for (; next_noise_us_ <= now_us; next_noise_us_ += period) Push(next_noise_us_, kSimNoiseByte);
 }
 
 size_t SimPrinter::Available(int64_t now_ms) {
@@ -312,6 +351,16 @@ void SimPrinter::DropArrived(int64_t now_ms) {
 
 void SimPrinter::Log(const std::string& line) {
   if (log_) log_(line);
+}
+
+void SimPrinter::Remember(const SimRecordedFrame& frame) {
+  record_.frames.push_back(frame);
+  KeepNewest(record_.frames, kSimRecordFrames);
+}
+
+void SimPrinter::Ignore(uint8_t b) {
+  ignored_ += static_cast<char>(b);
+  if (ignored_.size() >= kIgnoredLine) FlushIgnored();
 }
 
 void SimPrinter::FlushIgnored() {

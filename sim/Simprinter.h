@@ -34,6 +34,16 @@ struct SimFaults {
 };
 
 inline constexpr uint8_t kSimNoiseByte = 0x7E;
+// Answer bytes waiting for a client that does not read; more are dropped.
+inline constexpr size_t kSimMaxOutput = 65536;
+// The record keeps at most about this many of the newest bytes (received,
+// garbled) and frames.
+inline constexpr size_t kSimRecordBytes = 1 << 20;
+inline constexpr size_t kSimRecordFrames = 4096;
+// A frame that has had no byte for this long is dropped when the next byte
+// comes: a client that sent half a frame and went away does not keep the
+// printer from answering the next one.
+inline constexpr int64_t kSimFrameIdleMs = 2000;
 
 // A frame as received, for tests and the log.
 struct SimRecordedFrame {
@@ -47,14 +57,15 @@ struct SimRecordedFrame {
 };
 
 struct SimRecord {
-  std::string received;  // every byte that reached the printer, in order
+  std::string received;  // the bytes that reached the printer, in order (the newest)
   std::vector<SimRecordedFrame> frames;
   int enq = 0;
   int dle = 0;
   int bel = 0;
   int can = 0;
-  int unique_requests = 0;  // ESC "S"
-  std::string garbled;      // bytes that came at a speed other than the printer's
+  int unique_requests = 0;    // ESC "S"
+  std::string garbled;        // bytes that came at a speed other than the printer's
+  size_t dropped_output = 0;  // answer and noise bytes dropped on a full output
 };
 
 class SimPrinter {
@@ -103,6 +114,7 @@ class SimPrinter {
   enum class Parse { kIdle, kEsc, kFrame, kFrameEsc };
   int64_t ByteUs() const;
   bool SpeedMatches() const;
+  void DropStaleFrame(int64_t t_us);
   void HandleByte(uint8_t b, int64_t t_us);
   void HandleIdle(uint8_t b, int64_t t_us);
   void HandleEscape(uint8_t b, int64_t t_us);
@@ -111,9 +123,12 @@ class SimPrinter {
   std::string UniqueNumberAnswer() const;
   void Answer(const std::string& bytes, int64_t t_us, const std::string& what);
   void Emit(std::string_view bytes, int64_t start_us);
+  bool Push(int64_t at_us, uint8_t b);
   void MakeNoise(int64_t now_us);
   void Log(const std::string& line);
+  void Ignore(uint8_t b);
   void FlushIgnored();
+  void Remember(const SimRecordedFrame& frame);
 
   SimModelInfo model_;
   SimState state_;

@@ -125,6 +125,36 @@ bool MakeLink(const std::string& link, const std::string& target, std::string& e
   return true;
 }
 
+// The raw copy of what the client sent: written unbuffered, so a reader sees
+// every byte as soon as the printer has it.
+class RecordFile {
+ public:
+  ~RecordFile() {
+    if (fd_ >= 0) close(fd_);
+  }
+  bool Open(const std::string& path, std::string& error) {
+    if (path.empty()) return true;
+    fd_ = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd_ >= 0) return true;
+    error = "cannot open the record file " + path + ": " + std::strerror(errno);
+    return false;
+  }
+  // False when the file took fewer bytes than it was given.
+  bool Write(const char* bytes, size_t n) {
+    while (fd_ >= 0 && n > 0) {
+      const ssize_t done = write(fd_, bytes, n);
+      if (done < 0 && errno == EINTR) continue;
+      if (done <= 0) return false;
+      bytes += done;
+      n -= static_cast<size_t>(done);
+    }
+    return true;
+  }
+
+ private:
+  int fd_ = -1;
+};
+
 class Server {
  public:
   Server(SimPrinter& printer, const SimServerOptions& options, std::FILE* log)
@@ -132,6 +162,7 @@ class Server {
 
   int Run(std::FILE* out) {
     std::string error;
+    if (!record_.Open(options_.record, error)) return Fail(error);
     if (!pty_.Open(printer_.Baud(), error)) return Fail(error);
     if (!options_.link.empty() && !MakeLink(options_.link, pty_.Path(), error)) return Fail(error);
     std::fprintf(out, "%s\n", pty_.Path().c_str());
@@ -193,6 +224,11 @@ class Server {
     char buffer[4096];
     const ssize_t n = read(pty_.Master(), buffer, sizeof buffer);
     if (n <= 0) return;
+    if (!record_.Write(buffer, static_cast<size_t>(n)) && !record_failed_) {
+      record_failed_ = true;
+      std::fprintf(log_, "tavena-sim: cannot write the record file %s: %s\n",
+                   options_.record.c_str(), std::strerror(errno));
+    }
     if (options_.enforce_baud) {
       const int baud = pty_.ClientBaud();
       if (baud != client_baud_) Log("client speed " + std::to_string(baud) + " bd");
@@ -216,6 +252,8 @@ class Server {
   const SimServerOptions& options_;
   std::FILE* log_;
   Pty pty_;
+  RecordFile record_;
+  bool record_failed_ = false;
   std::string pending_;
   int client_baud_ = -1;
 };

@@ -128,6 +128,38 @@ TEST_F(SimPortTest, ClosedLine) {
   EXPECT_EQ(com.LastOpenError(), EIO);
 }
 
+TEST_F(SimPortTest, HalfFramesFloodsAndOtherSpeedsNeverHang) {
+  const std::string identity = "\x1BP0#RTAVENA LUMEN/1.05" + kEnd;
+  FastCom com;
+  // A client sends half a frame and goes away; the next one's ENQ is
+  // answered once the line has been quiet for more than 2 s.
+  ASSERT_TRUE(Open(com));
+  ASSERT_TRUE(Send(com, "\x1BP0#"));
+  com.Close();
+  clock_.SleepMs(2100);
+  ASSERT_TRUE(Open(com));
+  ASSERT_TRUE(Send(com, "\x05\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com, 500), "\x65" + identity);
+  // A megabyte of ENQs nobody reads: the answers waiting stop at 64 KiB.
+  ASSERT_TRUE(Send(com, std::string(1 << 20, '\x05')));
+  EXPECT_EQ(com.InQueue(), kSimMaxOutput);
+  EXPECT_EQ(printer_.Record().received.size(), size_t{1 << 20} + 11);
+  com.Close();
+  // Three megabytes at another speed: not understood, a bounded record.
+  ASSERT_TRUE(Open(com, "com3", 19200));
+  const int64_t start = clock_.NowMs();
+  ASSERT_TRUE(Send(com, std::string(3 << 20, '\x05')));
+  EXPECT_EQ(ReadFrame(com, 300), "");
+  EXPECT_LT(clock_.NowMs() - start, 1000);
+  EXPECT_LE(printer_.Record().garbled.size(), 2 * kSimRecordBytes);
+  EXPECT_LE(printer_.Record().received.size(), 2 * kSimRecordBytes);
+  com.Close();
+  // At the right speed again (the open purges the old answers).
+  ASSERT_TRUE(Open(com));
+  ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com, 500), identity);
+}
+
 TEST(SimPortRegistryTest, OpenerIsRemovedWithTheLastPort) {
   VirtualClock clock;
   ScopedClock scoped(&clock);

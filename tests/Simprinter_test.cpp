@@ -510,6 +510,59 @@ TEST_F(SimPrinterTest, LineRateAndSpeed) {
   EXPECT_EQ(p->Available(5300), 0u);
 }
 
+TEST_F(SimPrinterTest, HalfFrameFloodAndLongSilenceStayBounded) {
+  auto p = Make("LUMEN");
+  std::vector<std::string> log;
+  p->SetLogSink([&log](const std::string& line) { log.push_back(line); });
+  // Half a frame: an ENQ 2 s later still belongs to it, one after more than
+  // 2 s of silence is answered and the half frame is gone.
+  p->Receive("\x1BP0#", 1000);
+  p->Receive("\x05", 3000);
+  EXPECT_EQ(p->Take(4000), "");
+  p->Receive("\x05", 5001);
+  EXPECT_EQ(Hex(p->Take(5001)), "65");
+  EXPECT_EQ(p->Record().frames.size(), 0u);
+  ASSERT_FALSE(log.empty());
+  EXPECT_EQ(log.back(), "ENQ -> 0x65");
+  EXPECT_EQ(log[log.size() - 2], "unfinished frame dropped after 2001 ms of silence: 0#<05>");
+  // The gap counts from the last byte's arrival at the line rate, too.
+  p->Faults().line_rate = true;
+  p->Receive("\x1BP#v", 6000);  // the 4 bytes are in by 6004.2 ms
+  p->Receive("\x1B\\", 8004);
+  EXPECT_EQ(p->Take(9000), "\x1BP0#RTAVENA LUMEN/1.05" + kEnd);
+  p->Faults().line_rate = false;
+
+  // A client that floods and never reads: the output keeps the oldest
+  // 64 KiB, the record the newest bytes, and the printer still answers.
+  const std::string enqs(200000, '\x05');
+  p->Receive(enqs, 10000);
+  EXPECT_EQ(p->Available(10000), kSimMaxOutput);
+  EXPECT_EQ(p->Record().dropped_output, enqs.size() - kSimMaxOutput);
+  EXPECT_EQ(p->Record().enq, 200001);  // the ENQ inside the half frame was not one
+  const std::string text(5 * kSimRecordBytes / 2, 'a');
+  p->Receive(text + "\x10", 10000);
+  EXPECT_GE(p->Record().received.size(), kSimRecordBytes);
+  EXPECT_LE(p->Record().received.size(), 2 * kSimRecordBytes);
+  EXPECT_EQ(p->Record().received.back(), '\x10');
+  EXPECT_EQ(p->Record().received[p->Record().received.size() - 2], 'a');
+  p->DropArrived(10000);
+  t_ = 11000;
+  EXPECT_EQ(Talk(*p, Bare("#v")), "\x1BP0#RTAVENA LUMEN/1.05" + kEnd);
+  for (int i = 0; i < 9000; ++i) p->Receive(Framed("0$e"), 20000);
+  EXPECT_LE(p->Record().frames.size(), 2 * kSimRecordFrames);
+  EXPECT_GE(p->Record().frames.size(), kSimRecordFrames);
+
+  // Noise every ms, unread for a day: only what fits is made, at once.
+  auto quiet = Make("LUMEN");
+  quiet->Faults().noise_every_ms = 1;
+  quiet->Available(0);
+  EXPECT_EQ(quiet->Available(86400000), kSimMaxOutput);
+  EXPECT_EQ(quiet->Record().dropped_output, size_t{86400000} - kSimMaxOutput);
+  EXPECT_EQ(quiet->Take(86400000).size(), kSimMaxOutput);
+  EXPECT_EQ(quiet->NextReadyMs(), 86400001);
+  EXPECT_EQ(quiet->Take(86400001), "~");
+}
+
 const char* const kValidBodies[] = {
     "#v",
     "0#c",

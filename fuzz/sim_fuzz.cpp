@@ -1,0 +1,133 @@
+// Arbitrary bytes reach the simulated printer in random chunks at random
+// moments of a virtual time line, with some faults switched on: nothing
+// crashes, leaks or hangs, the output and the record stay within their
+// limits, and the time of the next answer byte is never in the past.
+//
+// Input: 4 setup bytes (model, faults, fault parameter, speeds and delay),
+// then steps of a kind byte, a length or action byte, a time byte and the
+// step's bytes. Kinds: raw bytes, a frame with its right control sum, a
+// frame without a sum, a read by the client.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sequence/Clock.h"
+#include "sim/Simprinter.h"
+
+namespace {
+
+using tavena::SimPrinter;
+
+void Check(bool condition) {
+  if (!condition) __builtin_trap();
+}
+
+// Reads the input front to back; past the end every read gives 0.
+class Input {
+ public:
+  Input(const uint8_t* data, size_t size) : data_(data), size_(size) {}
+  bool Done() const { return pos_ >= size_; }
+  uint8_t Byte() { return pos_ < size_ ? data_[pos_++] : 0; }
+  std::string_view Bytes(size_t n) {
+    n = std::min(n, size_ - pos_);
+    const std::string_view out(reinterpret_cast<const char*>(data_ + pos_), n);
+    pos_ += n;
+    return out;
+  }
+
+ private:
+  const uint8_t* data_;
+  size_t size_;
+  size_t pos_ = 0;
+};
+
+std::unique_ptr<SimPrinter> MakePrinter(Input& in, const int64_t& now_ms) {
+  const std::vector<std::string> names = tavena::SimModelNames();
+  const std::string& name = names[in.Byte() % names.size()];
+  static const int64_t base = tavena::EpochMsOf(tavena::LocalTime{2012, 5, 14, 9, 3, 7, 0});
+  auto printer = std::make_unique<SimPrinter>(
+      *tavena::FindSimModel(name), [&now_ms] { return tavena::CivilFromEpochMs(base + now_ms); });
+  const uint8_t bits = in.Byte();
+  const uint8_t parameter = in.Byte();
+  const uint8_t speeds = in.Byte();
+  tavena::SimFaults& f = printer->Faults();
+  f.line_rate = bits & 1;
+  f.silent = bits & 2;
+  f.xoff = bits & 4;
+  f.bad_answer_sum = bits & 8;
+  if (bits & 16) f.noise_every_ms = 1 + parameter % 64;
+  if (bits & 32) f.answers_before_silence = parameter % 8;
+  if (bits & 64) f.close_after_frames = parameter % 32;
+  if (bits & 128) f.enq_answers = "\x4C\x68";
+  static const int bauds[] = {0, 1200, 9600, 19200, 115200};
+  printer->SetBaud(bauds[speeds % 5]);
+  printer->SetClientBaud(bauds[(speeds / 5) % 5]);
+  f.answer_delay_ms = (speeds / 25) * 50;
+  return printer;
+}
+
+// What the printer may send unasked or around answers.
+bool MaySendUnasked(const tavena::SimFaults& f) {
+  return f.noise_every_ms > 0 || f.xoff;
+}
+
+void CheckLimits(SimPrinter& p, int64_t now_ms) {
+  Check(p.Available(now_ms) <= tavena::kSimMaxOutput);
+  Check(p.Record().received.size() <= 2 * tavena::kSimRecordBytes);
+  Check(p.Record().garbled.size() <= 2 * tavena::kSimRecordBytes);
+  Check(p.Record().frames.size() <= 2 * tavena::kSimRecordFrames);
+}
+
+// The client reads: what it takes has arrived, nothing older stays behind.
+void ClientReads(SimPrinter& p, uint8_t action, int64_t now_ms) {
+  const tavena::SimFaults& f = p.Faults();
+  if (action % 4 == 0) {
+    p.DropArrived(now_ms);
+  } else {
+    const std::string got = p.Take(now_ms, action % 4 == 1 ? 1 : SIZE_MAX);
+    if (f.silent && !MaySendUnasked(f)) Check(got.empty());
+    if (action % 4 == 1) Check(got.size() <= 1);
+    if (action % 4 == 1) return;
+  }
+  Check(p.Available(now_ms) == 0);
+  const int64_t next = p.NextReadyMs();
+  Check(next == -1 || next > now_ms);
+}
+
+std::string Framed(std::string_view body, bool with_sum) {
+  std::string frame = "\x1BP" + std::string(body);
+  if (with_sum) frame += tavena::ControlSumHex(body);
+  return frame + "\x1B\\";
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  Input in(data, size);
+  int64_t now_ms = 1000;
+  const std::unique_ptr<SimPrinter> p = MakePrinter(in, now_ms);
+  while (!in.Done()) {
+    const uint8_t kind = in.Byte();
+    const uint8_t length = in.Byte();
+    const uint8_t step = in.Byte();
+    now_ms += int64_t{step} * step;  // up to 65 s, mostly short
+    switch (kind % 4) {
+      case 0:
+        p->Receive(in.Bytes(length), now_ms);
+        break;
+      case 1:
+      case 2:
+        p->Receive(Framed(in.Bytes(length), kind % 4 == 1), now_ms);
+        break;
+      default:
+        ClientReads(*p, length, now_ms);
+        break;
+    }
+    CheckLimits(*p, now_ms);
+  }
+  return 0;
+}
