@@ -29,6 +29,11 @@ int64_t CeilMs(int64_t us) {
   return (us + 999) / 1000;
 }
 
+// Orders a time before the queued bytes that arrive later.
+bool ByTime(int64_t t, const std::pair<int64_t, uint8_t>& item) {
+  return t < item.first;
+}
+
 // Keeps the newest cap..2*cap elements once there are more than 2*cap.
 template <typename Sequence>
 void KeepNewest(Sequence& items, size_t cap) {
@@ -280,10 +285,7 @@ bool SimPrinter::Push(int64_t at_us, uint8_t b) {
     ++record_.dropped_output;
     return false;
   }
-  const auto at = std::upper_bound(
-      out_.begin(), out_.end(), at_us,
-      [](int64_t t, const std::pair<int64_t, uint8_t>& item) { return t < item.first; });
-  out_.insert(at, {at_us, b});
+  out_.insert(std::upper_bound(out_.begin(), out_.end(), at_us, ByTime), {at_us, b});
   return true;
 }
 
@@ -309,9 +311,8 @@ size_t SimPrinter::Available(int64_t now_ms) {
   if (faults_.line_closed) return 0;
   const int64_t now_us = now_ms * 1000;
   MakeNoise(now_us);
-  size_t n = 0;
-  while (n < out_.size() && out_[n].first <= now_us) ++n;
-  return n;
+  return static_cast<size_t>(std::upper_bound(out_.begin(), out_.end(), now_us, ByTime) -
+                             out_.begin());
 }
 
 std::string SimPrinter::Take(int64_t now_ms, size_t max) {
