@@ -59,7 +59,7 @@ std::unique_ptr<SimPrinter> MakePrinter(Input& in, const int64_t& now_ms) {
   f.silent = bits & 2;
   f.xoff = bits & 4;
   f.bad_answer_sum = bits & 8;
-  if (bits & 16) f.noise_every_ms = 1 + parameter % 64;
+  if (bits & 16) f.noise_every_ms = 20 + parameter * 4;
   if (bits & 32) f.answers_before_silence = parameter % 8;
   if (bits & 64) f.close_after_frames = parameter % 32;
   if (bits & 128) f.enq_answers = "\x4C\x68";
