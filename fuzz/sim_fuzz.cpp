@@ -6,10 +6,12 @@
 // Input: 4 setup bytes (model, faults, fault parameter, speeds and delay),
 // then steps of a kind byte, a length or action byte, a time byte and the
 // step's bytes. Kinds: raw bytes, a frame with its right control sum, a
-// frame without a sum, a read by the client.
+// frame without a sum, a read by the client, a known command (with its sum),
+// a known command with one byte changed (with the new body's sum).
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -98,6 +100,44 @@ void ClientReads(SimPrinter& p, uint8_t action, int64_t now_ms) {
   Check(next == -1 || next > now_ms);
 }
 
+// Bodies the printer takes, so that the commands' deeper checks are reached.
+const char* const kKnownBodies[] = {
+    "#v",
+    "0#c",
+    "23#s",
+    "0#e",
+    "0^",
+    "12;5;31;23;59;0$c",
+    "7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/",
+    "7$p23.00/8.00/5.00/0.00/101/101/100/",
+    "0$f\x0E   TAVENA\x14\r  Sklep\r\xFF",
+    "1$fNIP 123-45-67-890\xFF",
+    "12;5;1;12;5;14;0#o",
+    "1;12;05;14#r",
+    "2;0;0;1#r",
+    "0$h",
+    "2$h",
+    "1$lTowar\r1\rA/0.01/0.01/",
+    "1;2$lX\r3\rB/0.10/0.30/5/",
+    "1;0;1;0$eNRS5555\rStopka\r0.01/0.01/",
+    "1;0;0;0;1$eK\r0.30/1.00/0.70",
+    "0;3$eb\rc\ra\r",
+    "0$e",
+    "1#bTEXT\r\x03/",
+    "2#b",
+    "5&c",
+    "&d",
+};
+
+// A known body, as it is or with one byte changed.
+std::string KnownBody(Input& in, uint8_t which, bool change) {
+  std::string body = kKnownBodies[which % std::size(kKnownBodies)];
+  if (!change) return body;
+  const uint8_t at = in.Byte();
+  body[at % body.size()] = static_cast<char>(in.Byte());
+  return body;
+}
+
 std::string Framed(std::string_view body, bool with_sum) {
   std::string frame = "\x1BP" + std::string(body);
   if (with_sum) frame += tavena::ControlSumHex(body);
@@ -115,16 +155,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t length = in.Byte();
     const uint8_t step = in.Byte();
     now_ms += int64_t{step} * step;  // up to 65 s, mostly short
-    switch (kind % 4) {
+    switch (kind % 6) {
       case 0:
         p->Receive(in.Bytes(length), now_ms);
         break;
       case 1:
       case 2:
-        p->Receive(Framed(in.Bytes(length), kind % 4 == 1), now_ms);
+        p->Receive(Framed(in.Bytes(length), kind % 6 == 1), now_ms);
+        break;
+      case 3:
+        ClientReads(*p, length, now_ms);
         break;
       default:
-        ClientReads(*p, length, now_ms);
+        p->Receive(Framed(KnownBody(in, length, kind % 6 == 5), true), now_ms);
         break;
     }
     CheckLimits(*p, now_ms);
