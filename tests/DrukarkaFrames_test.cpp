@@ -230,6 +230,36 @@ TEST_F(DrukarkaFramesTest, FramedAnswers) {
   EXPECT_FALSE(printer_.LastReadOk());
 }
 
+TEST_F(DrukarkaFramesTest, QueryTimeOutsAndFailedReads) {
+  // Silence: each query waits its own time and gives its default.
+  EXPECT_EQ(printer_.ReadClock(), "1980-01-01 00:00");
+  EXPECT_EQ(Elapsed(), 200);
+  start_ = NowMs();
+  EXPECT_EQ(printer_.ReadStatus(0, 1), "");
+  EXPECT_EQ(Elapsed(), 1000);
+  EXPECT_FALSE(printer_.LastReadOk());
+  start_ = NowMs();
+  EXPECT_EQ(printer_.ReadIdentity(1), "");
+  EXPECT_EQ(Elapsed(), 2000);
+  EXPECT_EQ(Writes(),
+            (std::vector<std::string>{"\x1bP0#c\x1b\\", "\x1bP0#s\x1b\\", "\x1bP#v\x1b\\"}));
+
+  // A status answer cut off before its end mark is no answer, also raw.
+  Reply("\x1bP1#X0;1;0;0;0;5;12;5;31;");
+  EXPECT_EQ(printer_.ReadStatus(0, 1), "");
+  EXPECT_FALSE(printer_.LastReadOk());
+  Reply("\x1bP1#X0;1;0;0;0;5;12;5;31;");
+  EXPECT_EQ(printer_.ReadStatus(22, 1), "");
+  // Parameter 22 gives the whole answer as it came, end mark included.
+  Reply("\x1bP1#X0;1;0;0;0;5;12;5;31;\x1b\\");
+  EXPECT_EQ(printer_.ReadStatus(22, 1), "\x1bP1#X0;1;0;0;0;5;12;5;31;\x1b\\");
+  EXPECT_EQ(Writes().back(), "\x1bP22#s\x1b\\");
+  // An answer without "#X" is no status.
+  Reply("\x1bP1#E4\x1b\\");
+  EXPECT_EQ(printer_.ReadStatus(0, 4), "");
+  EXPECT_FALSE(printer_.LastReadOk());
+}
+
 const std::string kF1 = "\x1bPAAAAAA\x1b\\";  // 10 bytes each
 const std::string kF2 = "\x1bPBBBBBB\x1b\\";
 const std::string kF3 = "\x1bPCCCCCC\x1b\\";

@@ -366,6 +366,58 @@ TEST_F(DrukarkaSimTest, FindPrinterOtherOutcomes) {
   EXPECT_EQ(at, wanted.size());
 }
 
+TEST_F(DrukarkaSimTest, FindPrinterProbeBytesAndRhythm) {
+  const std::string identity = "\x10\x1bP#v\x1b\\";
+  const std::string korvus = "\x1bP0^91\x1b\\";
+  const std::string unique = "\x10\x1a\x1bS";
+  // Nobody answers: every untyped probe once, in order; the KORVUS probe
+  // only at 9600.
+  for (const int baud : {9600, 19200}) {
+    Bench silent("LUMEN", baud);
+    silent.sim().Faults().silent = true;
+    std::string port = "com5";
+    int32_t speed = baud;
+    EXPECT_EQ(silent.printer.FindPrinter(port, speed, 0, false), kFindNothing);
+    EXPECT_EQ(silent.sim().Record().received,
+              std::string("\n\x05") + (baud == 9600 ? korvus : "") + identity + "\x10\x05" + unique)
+        << baud;
+  }
+  // A typed probe goes again after 300 ms + 1000 ms while its 2000 ms last.
+  for (const int type : {1, 6}) {
+    Bench silent("LUMEN");
+    silent.sim().Faults().silent = true;
+    int32_t speed = 9600;
+    const int64_t start = NowMs();
+    EXPECT_EQ(silent.printer.FindPrinter(5, speed, type, false), kFindNothing);
+    const std::string probe = type == 1 ? identity : korvus;
+    EXPECT_EQ(silent.sim().Record().received, probe + probe) << type;
+    EXPECT_GE(NowMs() - start, 100 + 2 * (300 + 1000));
+    EXPECT_LT(NowMs() - start, 100 + 3 * (300 + 1000));
+  }
+  // The unique-number probe waits 2000 ms for type 3, 15000 ms for 5 and 7.
+  for (const int type : {3, 5, 7}) {
+    Bench silent("SOLIDA EJ");
+    silent.sim().Faults().silent = true;
+    int32_t speed = 9600;
+    const int64_t start = NowMs();
+    EXPECT_EQ(silent.printer.FindPrinter(5, speed, type, false), kFindNothing);
+    EXPECT_EQ(silent.sim().Record().received, "\x1a\x1bS") << type;
+    const int64_t allowance = type == 3 ? 2000 : 15000;
+    EXPECT_GE(NowMs() - start, allowance) << type;
+    EXPECT_LT(NowMs() - start, allowance + 600) << type;
+  }
+  // Found: the composite follows the answered probe, and its answer is
+  // collected only 500 ms past the first 10 bytes.
+  Bench found("LUMEN");
+  std::string port = "com5";
+  int32_t speed = 9600;
+  const int64_t start = NowMs();
+  EXPECT_EQ(found.printer.FindPrinter(port, speed, 0, false), kFindPrinter);
+  EXPECT_EQ(found.sim().Record().received,
+            "\n\x05\x18\x1bP0#e89\x1b\\ \x1bP0$e8E\x1b\\ \x1bP#v\x1b\\ \x1bS");
+  EXPECT_LT(NowMs() - start, 100 + 500 + 1500);
+}
+
 TEST_F(DrukarkaSimTest, CommandsChangeThePrinter) {
   Bench lumen("LUMEN");
   Drukarka& p = lumen.printer;
