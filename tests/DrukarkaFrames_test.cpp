@@ -260,6 +260,29 @@ TEST_F(DrukarkaFramesTest, QueryTimeOutsAndFailedReads) {
   EXPECT_FALSE(printer_.LastReadOk());
 }
 
+TEST_F(DrukarkaFramesTest, RatesFollowTheLastIdentifiedModel) {
+  const std::array<double, 7> rates = {23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt};
+  Reply("\x1bP3#RTAVENA QX-1/4.10\x1b\\");
+  EXPECT_EQ(printer_.ReadIdentity(1), "TAVENA QX-1");
+  ASSERT_TRUE(printer_.SetVatRates(rates));
+  EXPECT_EQ(Writes().back(), BuildFrame("7$p23.00/8.00/5.00/0.00/101/101/100/", true));
+  // Another printer on the same object: no subtype, so the flag form.
+  Reply("\x1bP1#RTAVENA LUMEN/1.05\x1b\\");
+  EXPECT_EQ(printer_.ReadIdentity(2), "1.05");
+  EXPECT_EQ(printer_.type_code, 1);
+  EXPECT_EQ(printer_.subtype, 0);
+  ASSERT_TRUE(printer_.SetVatRates(rates));
+  EXPECT_EQ(Writes().back(),
+            BuildFrame("7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/", true));
+  // An answer without "#R" leaves type and subtype as they were.
+  Reply("\x1bP3#RTAVENA QX-1/4.10\x1b\\");
+  printer_.ReadIdentity(1);
+  Reply("\x1bP?\x1b\\");
+  EXPECT_EQ(printer_.ReadIdentity(1), "");
+  EXPECT_EQ(printer_.type_code, 4);
+  EXPECT_EQ(printer_.subtype, 3);
+}
+
 const std::string kF1 = "\x1bPAAAAAA\x1b\\";  // 10 bytes each
 const std::string kF2 = "\x1bPBBBBBB\x1b\\";
 const std::string kF3 = "\x1bPCCCCCC\x1b\\";
