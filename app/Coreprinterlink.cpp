@@ -38,14 +38,10 @@ class CorePrinterLink : public PrinterLink {
     ShowAnswer();
   }
 
-  bool OpenChannel(const std::string& port, int32_t baud) override {
+  void SelectPort(const std::string& port, int32_t baud) override {
     if (printer_.com.IsOpen()) printer_.Close();
-    last_port_ = port;
     printer_.SetPort(port, baud);
-    return printer_.Open();
   }
-
-  void CloseChannel() override { printer_.Close(); }
 
   void Attach(MonitorSink* monitor, FormFields* answer_form) override {
     printer_.monitor = monitor;

@@ -1,5 +1,5 @@
 // What the main window needs of the printer side: the printer search and
-// identity read, the channel it keeps open, port discovery and the host
+// identity read, the choice of port and speed, port discovery and the host
 // checks. The program uses the core's printer object; tests may supply
 // their own.
 #pragma once
@@ -28,9 +28,10 @@ class PrinterLink {
   virtual int FindPrinter(std::string& port, int32_t& baud) = 0;
   // Reads the printer's identity and state into the form's fields.
   virtual void FillStatusFields(FormFields& form, const std::string& port, int32_t baud) = 0;
-  // (Re)opens the kept channel on port and baud; closes it.
-  virtual bool OpenChannel(const std::string& port, int32_t baud) = 0;
-  virtual void CloseChannel() = 0;
+  // The port and speed every later operation talks on. The port itself is
+  // left closed: each operation opens and closes it, so that the tool or
+  // another program can use the printer in between.
+  virtual void SelectPort(const std::string& port, int32_t baud) = 0;
   // Where the printer object writes its exchange lines and its last answer
   // (the form's "Answer" field); either may be null.
   virtual void Attach(MonitorSink* monitor, FormFields* answer_form) = 0;

@@ -259,34 +259,29 @@ void TTavenaForm::ShowCurrentPort() {
   if (speed >= 0) ui->Baud->setCurrentIndex(speed);
 }
 
-void TTavenaForm::ReopenChannel() {
-  link_->CloseChannel();
-  link_->OpenChannel(portName, baudRate);
-}
-
 void TTavenaForm::ComboComChange(int index) {
   if (index < 0) return;
   portName = PortNameFromEntry(ToCp1250(ui->ComboCom->itemText(index)));
-  ReopenChannel();
+  link_->SelectPort(portName, baudRate);
 }
 
 void TTavenaForm::BaudChange(int index) {
   if (index < 0) return;
   baudRate = ui->Baud->itemText(index).toInt();
-  ReopenChannel();
+  link_->SelectPort(portName, baudRate);
 }
 
 void TTavenaForm::TworzenieLogowClick(bool checked) {
   link_->SetLogging(checked);
 }
 
+// The search leaves the port where the printer answered (or the previous
+// one) chosen for every later operation, and closed.
 void TTavenaForm::ConnectPrinter() {
   busy = true;
   const std::string remembered_port = portName;
   const int32_t remembered_baud = baudRate;
   const int result = link_->FindPrinter(portName, baudRate);
-  link_->CloseChannel();
-  if (PortNumberOf(portName.c_str()) < 1) link_->OpenChannel(portName, baudRate);
   if (result == 1) {
     ReportFound();
   } else if (result == 2) {
@@ -295,18 +290,17 @@ void TTavenaForm::ConnectPrinter() {
   } else {
     portName = remembered_port;
     baudRate = remembered_baud;
-    if (PortNumberOf(portName.c_str()) > 0) link_->OpenChannel(portName, baudRate);
     const std::string advice = link_->OpenFailureAdvice();
     if (!advice.empty()) ShowMessage(this, FromCp1250(advice), Caption());
   }
+  link_->SelectPort(portName, baudRate);
   busy = false;
 }
 
 // The printer answered: read its identity and state, then show what kind
-// of printer it is. The identity read opens a channel of its own.
+// of printer it is. The identity read opens and closes the port itself.
 void TTavenaForm::ReportFound() {
   const int number = PortNumberOf(portName.c_str());
-  link_->CloseChannel();
   link_->FillStatusFields(fields_, portName, baudRate);
   if (number < 0) {
     ShowMessage(this,
@@ -322,7 +316,6 @@ void TTavenaForm::ReportFound() {
   deviceKind = type.contains(Tr("QX-1")) || type.contains(Tr(" EJ")) ? '2' : '1';
   ShowFiscalControls(isFiscal);
   link_->Attach(windows_.listing, &fields_);
-  link_->OpenChannel(portName, baudRate);
 }
 
 void TTavenaForm::ShowFiscalControls(bool fiscal) {

@@ -108,7 +108,6 @@ class TTavenaForm : public TBaseForm {
   void FillPortList();
   void AddSimulatedPorts();
   void ShowCurrentPort();
-  void ReopenChannel();
   void ReportFound();
   void RestoreMainPlace();
   void ShowKeptWindows();

@@ -1,11 +1,13 @@
 #include "Listing.h"
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
-#include <fstream>
 
 #include "app/Dialogs.h"
 #include "app/Fonts.h"
 #include "app/Texts.h"
+#include "sequence/Messagelanguage.h"
 #include "ui_Listing.h"
 
 namespace tavena {
@@ -32,8 +34,10 @@ QStringList TListingForm::Lines() const {
 bool TListingForm::WriteLines(const QString& path, const QStringList& lines) {
   std::string bytes;
   for (const QString& line : lines) bytes += ToCp1250(line) + "\r\n";
-  std::ofstream out(path.toStdString(), std::ios::binary | std::ios::trunc);
-  return out && out.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
+  QFile file(path);
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) return false;
+  const qint64 size = static_cast<qint64>(bytes.size());
+  return file.write(bytes.data(), size) == size && file.flush();
 }
 
 void TListingForm::Koniec1Click() {
@@ -47,7 +51,11 @@ void TListingForm::Zapisz1Click() {
   const std::optional<QString> path = Dialogs().SaveFile(this, request);
   if (!path) return;
   Settings().list_path = ToCp1250(QFileInfo(*path).absolutePath());
-  WriteLines(*path, Lines());
+  if (!WriteLines(*path, Lines()))
+    ShowMessage(this,
+                Tr(MsgUtf8("Nie można zapisać pliku: ", "Cannot write the file: ")) +
+                    QDir::toNativeSeparators(*path),
+                windowTitle());
 }
 
 void TListingForm::Wyczy1Click() {

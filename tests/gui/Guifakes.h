@@ -76,11 +76,9 @@ class FakeLink : public PrinterLink {
     for (const auto& [name, text] : fields)
       if (form.HasControl(name)) form.SetText(name, text);
   }
-  bool OpenChannel(const std::string& port, int32_t baud) override {
-    calls.push_back("open " + port + " " + std::to_string(baud));
-    return true;
+  void SelectPort(const std::string& port, int32_t baud) override {
+    calls.push_back("select " + port + " " + std::to_string(baud));
   }
-  void CloseChannel() override { calls.push_back("close"); }
   void Attach(MonitorSink* sink, FormFields* form) override {
     monitor = sink;
     answer_form = form;

@@ -53,6 +53,15 @@ TEST(MonitorWindow, ShowsLinesSavesThemAsWindows1250AndClears) {
   dialogs.chosen_file.reset();
   monitor.Zapisz1Click();
   EXPECT_EQ(dialogs.requests[1].folder.toStdString(), dir.str());
+  EXPECT_TRUE(dialogs.messages.empty());
+
+  // A file that cannot be written is reported, not lost silently.
+  const QString unwritable = QString::fromStdString(dir.file("brak/out.log"));
+  dialogs.chosen_file = unwritable;
+  monitor.Zapisz1Click();
+  ASSERT_EQ(dialogs.messages.size(), 1u);
+  EXPECT_EQ(dialogs.messages[0].text, U("Nie można zapisać pliku: ") + unwritable);
+  EXPECT_EQ(dialogs.messages[0].caption, "Monitor");
 
   monitor.show();
   monitor.Wyczy1Click();

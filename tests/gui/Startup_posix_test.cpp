@@ -15,6 +15,7 @@
 #include "app/Tavenaapp.h"
 #include "tests/TestSupport.h"
 #include "tests/gui/Guifakes.h"
+#include "transport/Fastcom.h"
 #include "windows/Listing.h"
 
 namespace tavena {
@@ -37,6 +38,12 @@ TEST(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
 
   std::unique_ptr<TTavenaForm> form = CreateWindows(MakeCorePrinterLink(), dir.str() + "/");
   form->SetSimulatedPort(simulator.Path());
+  // "Tworzenie logów" switches the communication log on for the start-up's
+  // own exchanges.
+  const std::string log_file = dir.file("logs") + "/" +
+                               simulator.Path().substr(simulator.Path().rfind('/') + 1) +
+                               "_log.txt";
+  form->findChild<QCheckBox*>("TworzenieLogow")->setChecked(true);
   form->show();
   QApplication::processEvents();
   const auto text = [&](const char* name) { return ControlText(form.get(), name); };
@@ -71,16 +78,22 @@ TEST(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
   EXPECT_TRUE(saved.ends_with("\r\n"));
   EXPECT_EQ(std::count(saved.begin(), saved.end(), '\n'), lines.size());
 
-  // "Tworzenie logów" switches the communication log on: reopening the
-  // port now writes its log file.
-  const std::string log_file = dir.file("logs") + "/" +
-                               simulator.Path().substr(simulator.Path().rfind('/') + 1) +
-                               "_log.txt";
-  EXPECT_FALSE(std::filesystem::exists(log_file));
-  form->findChild<QCheckBox*>("TworzenieLogow")->setChecked(true);
+  // The program does not hold the port: the tool or another program can
+  // open it now, and after choosing it in the list.
+  const auto port_is_free = [&] {
+    FastCom other;
+    other.baud_rate = 9600;
+    const bool opened = other.Open(simulator.Path().c_str(), 1);
+    other.Close();
+    return opened;
+  };
+  EXPECT_TRUE(port_is_free());
   emit ports->activated(0);
   EXPECT_EQ(form->PortName(), simulator.Path());
-  EXPECT_NE(ReadFile(log_file).find("Otwarcie portu."), std::string::npos) << log_file;
+  EXPECT_TRUE(port_is_free());
+  const std::string log = ReadFile(log_file);
+  EXPECT_NE(log.find("Otwarcie portu."), std::string::npos) << log_file;
+  EXPECT_NE(log.find("#v"), std::string::npos) << log_file;
   form->close();
   Settings() = SettingsRecord{};
 }

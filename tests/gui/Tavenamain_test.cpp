@@ -140,8 +140,8 @@ TEST_F(MainWindowTest, FoundPrinterFillsFieldsAndSetsKindAndMode) {
   EXPECT_EQ(form->DeviceKind(), '2');
   EXPECT_TRUE(form->findChild<QWidget*>("Fiskalizacja")->isHidden());
   EXPECT_TRUE(form->findChild<QWidget*>("FVatCheck")->isHidden());
-  EXPECT_EQ(link->calls, (std::vector<std::string>{"find com1 9600", "close", "close",
-                                                   "fill com3 19200", "open com3 19200"}));
+  EXPECT_EQ(link->calls,
+            (std::vector<std::string>{"find com1 9600", "fill com3 19200", "select com3 19200"}));
   EXPECT_EQ(link->monitor, form->Windows().listing);
   EXPECT_EQ(link->answer_form, &form->Fields());
   EXPECT_TRUE(dialogs.messages.empty());
@@ -173,24 +173,24 @@ TEST_F(MainWindowTest, NoPrinterRestoresPortAndSpeedSilently) {
   Start();
   EXPECT_EQ(form->PortName(), "com1");
   EXPECT_EQ(form->BaudRate(), 9600);
-  EXPECT_EQ(link->calls, (std::vector<std::string>{"find com1 9600", "close", "open com1 9600"}));
+  // The fake search leaves com7 at 1200 behind: the old choice comes back.
+  EXPECT_EQ(link->calls, (std::vector<std::string>{"find com1 9600", "select com1 9600"}));
   EXPECT_TRUE(dialogs.messages.empty());
   EXPECT_EQ(Text("AktualnyCom"), "");
   EXPECT_EQ(form->DeviceKind(), '0');
 
-  // A device path has port number 0: the channel is opened on it directly,
-  // and not again after the search failed.
+  // A device path (port number 0) is chosen the same way.
   form->SetSimulatedPort("/dev/pts/9");
   link->calls.clear();
   form->ConnectPrinter();
-  EXPECT_EQ(link->calls, (std::vector<std::string>{"find /dev/pts/9 9600", "close"}));
+  EXPECT_EQ(link->calls,
+            (std::vector<std::string>{"find /dev/pts/9 9600", "select /dev/pts/9 9600"}));
   EXPECT_EQ(form->PortName(), "/dev/pts/9");
   link->find_result = 1;
   link->calls.clear();
   form->ConnectPrinter();
-  EXPECT_EQ(link->calls,
-            (std::vector<std::string>{"find /dev/pts/9 9600", "close", "open /dev/pts/9 9600",
-                                      "close", "fill /dev/pts/9 9600", "open /dev/pts/9 9600"}));
+  EXPECT_EQ(link->calls, (std::vector<std::string>{"find /dev/pts/9 9600", "fill /dev/pts/9 9600",
+                                                   "select /dev/pts/9 9600"}));
   link->find_result = 0;
 
   // Linux explains a denied port.
@@ -208,6 +208,7 @@ TEST_F(MainWindowTest, MessagesOfTheSearch) {
   EXPECT_EQ(dialogs.messages[0].text,
             U("Znaleziono podłączoną Kopię Elektroniczną.\nProszę wybrać port ręcznie."));
   EXPECT_EQ(dialogs.messages[0].caption, U("Program serwisowy drukarek."));
+  EXPECT_EQ(link->calls, (std::vector<std::string>{"find com1 9600", "select com1 9600"}));
 }
 
 TEST_F(MainWindowTest, PortListAndChoosingPortAndSpeed) {
@@ -227,8 +228,8 @@ TEST_F(MainWindowTest, PortListAndChoosingPortAndSpeed) {
   Combo("Baud")->setCurrentIndex(2);
   emit Combo("Baud")->activated(2);
   EXPECT_EQ(form->BaudRate(), 38400);
-  EXPECT_EQ(link->calls, (std::vector<std::string>{"close", "open /dev/ttyUSB0 9600", "close",
-                                                   "open /dev/ttyUSB0 38400"}));
+  EXPECT_EQ(link->calls,
+            (std::vector<std::string>{"select /dev/ttyUSB0 9600", "select /dev/ttyUSB0 38400"}));
 
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("Port komunikacyjny (COM3) com3"), "com3");
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("com4 Port symulowany."), "com4 Port symulowany.");
