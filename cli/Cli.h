@@ -43,6 +43,9 @@ int Fail(CliContext& ctx, int code, const std::string& cp1250);
 int FailUtf8(CliContext& ctx, int code, const std::string& utf8);
 // A message of several lines as one line.
 std::string OneLine(std::string text);
+// A UTF-8 text from the command line as Windows-1250; false (exit code 2
+// and the reason said) when it holds a character that code page lacks.
+bool ArgumentToCp1250(CliContext& ctx, const std::string& utf8, std::string& cp1250);
 // Upper-case hex pairs separated by single spaces.
 std::string HexPairs(const std::string& bytes);
 

@@ -22,14 +22,29 @@ int ChooseLanguage(const std::string& lang) {
   return digit < 0 ? 0 : digit;
 }
 
-int RunSimulator(const std::vector<std::string>& args, CliContext& ctx) {
+// Position of the "sim" subcommand when it is the first word after the
+// common options, else 0. Everything after it belongs to the simulator.
+size_t SimulatorPosition(const std::vector<std::string>& args) {
+  for (size_t i = 1; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    if (a == "--port" || a == "--speed" || a == "--lang") {
+      ++i;
+      continue;
+    }
+    if (a.starts_with("-")) continue;
+    return a == "sim" ? i : 0;
+  }
+  return 0;
+}
+
+// args[0] is "sim": the simulator's own command line.
+int RunSimulator(std::vector<std::string> args, CliContext& ctx) {
 #ifdef TAVENA_CLI_HAVE_SIM
-  std::vector<std::string> rest(args.begin() + 1, args.end());
   std::vector<char*> argv;
-  for (std::string& a : rest) argv.push_back(a.data());
+  for (std::string& a : args) argv.push_back(a.data());
   argv.push_back(nullptr);
   (void)ctx;
-  return SimMain(static_cast<int>(rest.size()), argv.data());
+  return SimMain(static_cast<int>(args.size()), argv.data());
 #else
   (void)args;
   return FailUtf8(ctx, kExitUsage,
@@ -96,6 +111,16 @@ std::string OneLine(std::string text) {
   return text;
 }
 
+bool ArgumentToCp1250(CliContext& ctx, const std::string& utf8, std::string& cp1250) {
+  cp1250 = Utf8ToCp1250(utf8);
+  if (Cp1250ToUtf8(cp1250) == utf8) return true;
+  FailUtf8(ctx, kExitUsage,
+           MsgUtf8("Tekst zawiera znaki spoza strony kodowej Windows-1250: ",
+                   "The text has characters outside the Windows-1250 code page: ") +
+               utf8);
+  return false;
+}
+
 std::string HexPairs(const std::string& bytes) {
   static const char* digits = "0123456789ABCDEF";
   std::string out;
@@ -111,7 +136,6 @@ int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
            bool terminal) {
   CliContext ctx{out, err, {}, 9600, false, terminal, "/sys"};
   MessageLanguage = ChooseLanguage("");
-  if (args.size() > 1 && args[1] == "sim") return RunSimulator(args, ctx);
 
   CLI::App app("Service tool for TAVENA fiscal printers", "tavena");
   app.require_subcommand(1);
@@ -124,9 +148,12 @@ int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
   AddPrinterCommands(app, ctx, commands);
   LetOptionsFallThrough(app);
 
-  const int parsed = Parse(app, args, ctx);
+  const size_t sim = SimulatorPosition(args);
+  const int parsed =
+      Parse(app, sim ? std::vector<std::string>(args.begin(), args.begin() + sim + 1) : args, ctx);
   if (parsed >= 0) return parsed;
   MessageLanguage = ChooseLanguage(lang);
+  if (sim) return RunSimulator(std::vector<std::string>(args.begin() + sim, args.end()), ctx);
   for (auto& [sub, run] : commands)
     if (sub->parsed()) return run();
   return FailUtf8(ctx, kExitUsage, "no subcommand (--help)");

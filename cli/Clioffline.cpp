@@ -50,7 +50,9 @@ int RunCompile(CliContext& ctx, const CompileOptions& o) {
   compiler.LoadSource(lines);  // an empty file compiles to "Input file is empty."
   const bool ok = compiler.Compile(lines, &messages);
   for (const std::string& m : messages) PrintLine(ctx, m);
-  if (!ok) return kExitPrinter;
+  if (!ok)
+    return FailUtf8(ctx, kExitPrinter,
+                    MsgUtf8("Kompilacja nie powiodła się.", "The compilation failed."));
   if (o.hex) ctx.out << HexPairs(compiler.output.ToString()) << '\n';
   if (!o.output.empty() && !compiler.output.SaveToFile(o.output))
     return FailUtf8(ctx, kExitUsage,
@@ -64,7 +66,9 @@ struct FrameOptions {
 };
 
 int RunFrame(CliContext& ctx, const FrameOptions& o) {
-  ctx.out << HexPairs(BuildFrame(Utf8ToCp1250(o.body), !o.no_sum)) << '\n';
+  std::string body;
+  if (!ArgumentToCp1250(ctx, o.body, body)) return kExitUsage;
+  ctx.out << HexPairs(BuildFrame(body, !o.no_sum)) << '\n';
   return kExitDone;
 }
 

@@ -69,13 +69,15 @@ class EndToEnd : public ::testing::Test {
   void TearDown() override { StopSim(); }
 
   // Starts the simulator; its standard error (the receive log) goes to a file.
-  // via_tool: run it as "tavena sim" instead of tavena-sim.
+  // via_tool: run it as "tavena --lang en sim" instead of tavena-sim (common
+  // options may stand before the subcommand).
   void StartSim(bool via_tool = false) {
     int out[2];
     ASSERT_EQ(pipe(out), 0);
     const int err = open(dir_.file("sim.log").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     const std::vector<std::string> args =
-        via_tool ? std::vector<std::string>{kTool, "sim"} : std::vector<std::string>{kSim};
+        via_tool ? std::vector<std::string>{kTool, "--lang", "en", "sim"}
+                 : std::vector<std::string>{kSim};
     sim_ = Spawn(args, out[1], err);
     close(out[1]);
     close(err);

@@ -50,6 +50,11 @@ TEST_F(CliTest, FramePrintsUpperCaseHexPairs) {
   EXPECT_EQ(Tavena({"frame", "#v", "--no-sum"}).out, "1B 50 23 76 1B 5C\n");
   // UTF-8 in, Mazovia on the wire: ą is 0x86; sum 0xFF ^ 0x86 = 0x79.
   EXPECT_EQ(Tavena({"frame", "ą"}).out, "1B 50 86 37 39 1B 5C\n");
+  // A character Windows-1250 lacks is refused, not sent as "?".
+  r = Tavena({"frame", "ą☃"});
+  EXPECT_EQ(r.code, 2);
+  EXPECT_EQ(r.out, "");
+  ExpectOneLineReason(r, "Tekst zawiera znaki spoza strony kodowej Windows-1250: ą☃");
   r = Tavena({"frame"});
   EXPECT_EQ(r.code, 2);
   EXPECT_EQ(r.err.find("tavena: "), 0u);
@@ -69,6 +74,7 @@ TEST_F(CliTest, CompilePrintsTheListWritesBinOnlyOnSuccess) {
   r = Tavena({"--lang", "en", "compile", dir.file("bad.txt"), "-o", dir.file("bad.bin"), "--hex"});
   EXPECT_EQ(r.code, 1);
   EXPECT_EQ(r.out, "1: Failure character or sequence.\n2: There is 1 error.\n");
+  ExpectOneLineReason(r, "The compilation failed.");
   EXPECT_FALSE(std::filesystem::exists(dir.file("bad.bin")));
 
   test::WriteFile(dir.file("empty.txt"), "");
