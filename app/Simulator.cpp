@@ -5,6 +5,12 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#ifdef __linux__
+#include <sys/prctl.h>
+
+#include <csignal>
+#endif
+
 namespace tavena {
 
 SimulatorProcess::~SimulatorProcess() {
@@ -17,6 +23,10 @@ bool SimulatorProcess::Start(const QString& program, const QString& model, int t
   // The simulator's exchange log is kept short in memory: it only matters
   // when the start fails, and an unread pipe would stall the simulator.
   process_.setProcessChannelMode(QProcess::SeparateChannels);
+#ifdef __linux__
+  // The simulator ends with the program, also when the program is killed.
+  process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
+#endif
   QObject::connect(&process_, &QProcess::readyReadStandardError, [this] { KeepLog(); });
   process_.start(program, arguments, QIODevice::ReadOnly);
   if (!process_.waitForStarted(timeout_ms)) {

@@ -2,7 +2,12 @@
 // tavena-sim on a pseudo-terminal (real time).
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -96,6 +101,57 @@ TEST(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
   EXPECT_NE(log.find("#v"), std::string::npos) << log_file;
   form->close();
   Settings() = SettingsRecord{};
+}
+
+#endif
+
+#ifdef TAVENA_SERVICE_PROGRAM
+
+// The first child of pid once it runs program (from /proc), else 0.
+pid_t ChildRunning(pid_t pid, const std::string& program) {
+  const std::string task = "/proc/" + std::to_string(pid) + "/task/" + std::to_string(pid);
+  pid_t child = 0;
+  std::ifstream(task + "/children") >> child;
+  if (child == 0) return 0;
+  const std::string command = test::ReadFile("/proc/" + std::to_string(child) + "/cmdline");
+  return command.find(program) != std::string::npos ? child : 0;
+}
+
+// Gone, or a zombie nobody reaps.
+bool Ended(pid_t pid) {
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  std::string number, name, state;
+  return !(stat >> number >> name >> state) || state == "Z";
+}
+
+TEST(StartUp, TheSimulatedPrinterEndsWithTheProgramEvenWhenItIsKilled) {
+  test::TempDir dir;
+  std::vector<std::string> environment{"QT_QPA_PLATFORM=offscreen", "XDG_CONFIG_HOME=" + dir.str(),
+                                       "TAVENA_LOG_DIR=" + dir.file("logs")};
+  for (char** e = environ; *e; ++e)
+    if (!std::string(*e).starts_with("QT_QPA_PLATFORM=")) environment.emplace_back(*e);
+  std::vector<char*> envp;
+  for (std::string& e : environment) envp.push_back(e.data());
+  envp.push_back(nullptr);
+  const int null = open("/dev/null", O_WRONLY);
+  const pid_t service = fork();
+  if (service == 0) {
+    dup2(null, STDOUT_FILENO);
+    dup2(null, STDERR_FILENO);
+    execle(TAVENA_SERVICE_PROGRAM, TAVENA_SERVICE_PROGRAM, "--simulate", nullptr, envp.data());
+    _exit(127);
+  }
+  close(null);
+  ASSERT_GT(service, 0);
+  pid_t simulator = 0;
+  for (int i = 0; i < 200 && !(simulator = ChildRunning(service, "tavena-sim")); ++i) usleep(25000);
+  kill(service, SIGKILL);
+  waitpid(service, nullptr, 0);
+  ASSERT_NE(simulator, 0) << "tavena-service started no simulator";
+  bool ended = false;
+  for (int i = 0; i < 120 && !(ended = Ended(simulator)); ++i) usleep(25000);
+  if (!ended) kill(simulator, SIGKILL);
+  EXPECT_TRUE(ended);
 }
 
 #endif
