@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "Cli.h"
+#include "Cliplatform.h"
 #include "protocol/Drukarka.h"
 #include "protocol/Inputcheck.h"
 #include "sequence/Clock.h"
@@ -37,7 +38,8 @@ bool CompileClock(CliContext& ctx, const std::string& now, std::optional<Virtual
 
 int RunCompile(CliContext& ctx, const CompileOptions& o) {
   std::error_code ec;
-  if (!std::filesystem::is_regular_file(o.source, ec))
+  const std::u8string source(o.source.begin(), o.source.end());
+  if (!std::filesystem::is_regular_file(std::filesystem::path(source), ec))
     return FailUtf8(ctx, kExitUsage,
                     MsgUtf8("Brak pliku sekwencji: ", "No sequence file: ") + o.source);
   std::optional<VirtualClock> clock;
@@ -45,7 +47,7 @@ int RunCompile(CliContext& ctx, const CompileOptions& o) {
   ScopedClock scope(clock ? &*clock : &CurrentClock());
 
   SeqCompileClass compiler;
-  compiler.source_file_name = o.source;
+  compiler.source_file_name = NativePath(o.source);
   std::vector<std::string> lines, messages;
   compiler.LoadSource(lines);  // an empty file compiles to "Input file is empty."
   const bool ok = compiler.Compile(lines, &messages);
@@ -54,7 +56,7 @@ int RunCompile(CliContext& ctx, const CompileOptions& o) {
     return FailUtf8(ctx, kExitPrinter,
                     MsgUtf8("Kompilacja nie powiodła się.", "The compilation failed."));
   if (o.hex) ctx.out << HexPairs(compiler.output.ToString()) << '\n';
-  if (!o.output.empty() && !compiler.output.SaveToFile(o.output))
+  if (!o.output.empty() && !compiler.output.SaveToFile(NativePath(o.output)))
     return FailUtf8(ctx, kExitUsage,
                     MsgUtf8("Nie można zapisać pliku: ", "Cannot write the file: ") + o.output);
   return kExitDone;

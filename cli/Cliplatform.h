@@ -10,6 +10,9 @@ namespace tavena {
 
 // The program's arguments (argv[0] included) as UTF-8.
 std::vector<std::string> Utf8Arguments(int argc, char** argv);
+// A file name from the command line (UTF-8) as the C library opens it: the
+// ANSI code page on Windows, unchanged elsewhere.
+std::string NativePath(const std::string& utf8);
 // Makes the terminal show UTF-8 (Windows console); nothing elsewhere.
 void PrepareTerminal();
 bool StdoutIsTerminal();

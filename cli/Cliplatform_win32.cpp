@@ -18,7 +18,27 @@ std::string ToUtf8(const wchar_t* text) {
   return out;
 }
 
+std::wstring ToWide(const std::string& utf8) {
+  const int n = MultiByteToWideChar(CP_UTF8, 0, utf8.c_str(), -1, nullptr, 0);
+  if (n <= 1) return {};
+  std::wstring out(static_cast<size_t>(n), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, utf8.c_str(), -1, out.data(), n);
+  out.resize(static_cast<size_t>(n - 1));
+  return out;
+}
+
 }  // namespace
+
+std::string NativePath(const std::string& utf8) {
+  const std::wstring wide = ToWide(utf8);
+  if (wide.empty()) return utf8;
+  const int n = WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, nullptr, 0, nullptr, nullptr);
+  if (n <= 1) return utf8;
+  std::string out(static_cast<size_t>(n), '\0');
+  WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, out.data(), n, nullptr, nullptr);
+  out.resize(static_cast<size_t>(n - 1));
+  return out;
+}
 
 std::vector<std::string> Utf8Arguments(int argc, char** argv) {
   int count = 0;

@@ -464,7 +464,7 @@ int RunFiscalise(CliContext& ctx, const std::string& nip_utf8) {
 
 int RunSend(CliContext& ctx, const std::string& file, int block) {
   iBuffer stream;
-  if (!stream.LoadFromFile(file))
+  if (!stream.LoadFromFile(NativePath(file)))
     return Fail(ctx, kExitUsage,
                 Msg("Podany plik jest pusty lub brak pliku.", "The file is empty or missing."));
   Drukarka d;

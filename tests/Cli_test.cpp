@@ -70,6 +70,13 @@ TEST_F(CliTest, CompilePrintsTheListWritesBinOnlyOnSuccess) {
   EXPECT_EQ(r.out, "2: Koniec przetwarzania. Brak błędów.\n1B 50 35 2E 33 2E 39\n");
   EXPECT_EQ(test::ReadFile(dir.file("ok.bin")), "\x1BP5.3.9");
 
+  // File names are UTF-8 on the command line (Windows opens them in its own
+  // code page).
+  std::filesystem::copy_file(dir.file("ok.txt"), dir.path() / std::filesystem::path(u8"próba.txt"));
+  r = Tavena({"compile", dir.file("próba.txt"), "-o", dir.file("wynik ó.bin")});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_TRUE(std::filesystem::exists(dir.path() / std::filesystem::path(u8"wynik ó.bin")));
+
   test::WriteFile(dir.file("bad.txt"), "seq = A\r\n\\q\\<end>\r\n");
   r = Tavena({"--lang", "en", "compile", dir.file("bad.txt"), "-o", dir.file("bad.bin"), "--hex"});
   EXPECT_EQ(r.code, 1);
