@@ -3,6 +3,8 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <algorithm>
+#include <cctype>
 
 #include "app/Dialogs.h"
 #include "app/Fonts.h"
@@ -246,8 +248,12 @@ std::string TTavenaForm::PortNameFromEntry(const std::string& entry) {
   const size_t path = entry.rfind(" /");
   if (path != std::string::npos) return entry.substr(path + 1, kMaxPortName);
   if (!entry.empty() && entry[0] == '/') return entry.substr(0, kMaxPortName);
-  const size_t com = entry.find("com");
-  return entry.substr(com == std::string::npos ? 0 : com, kMaxPortName);
+  for (size_t com = entry.find("com"); com != std::string::npos; com = entry.find("com", com + 1)) {
+    size_t end = com + 3;
+    while (end < entry.size() && std::isdigit(static_cast<unsigned char>(entry[end]))) ++end;
+    if (end > com + 3) return entry.substr(com, std::min(end - com, kMaxPortName));
+  }
+  return entry.substr(0, kMaxPortName);
 }
 
 // Shows the port and speed in use, when the lists hold them.

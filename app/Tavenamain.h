@@ -71,7 +71,7 @@ class TTavenaForm : public TBaseForm {
   void ApplyFonts();
 
   // The port name in a port list entry: the device path standing last, or
-  // the text from the first "com" onward.
+  // the first "com" with its number ("com4 Port symulowany." gives "com4").
   static std::string PortNameFromEntry(const std::string& entry);
 
  public slots:

@@ -232,7 +232,9 @@ TEST_F(MainWindowTest, PortListAndChoosingPortAndSpeed) {
             (std::vector<std::string>{"select /dev/ttyUSB0 9600", "select /dev/ttyUSB0 38400"}));
 
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("Port komunikacyjny (COM3) com3"), "com3");
-  EXPECT_EQ(TTavenaForm::PortNameFromEntry("com4 Port symulowany."), "com4 Port symulowany.");
+  // The simulated entries give the bare name, which is also the log file's name.
+  EXPECT_EQ(TTavenaForm::PortNameFromEntry("com4 Port symulowany."), "com4");
+  EXPECT_EQ(TTavenaForm::PortNameFromEntry("telecom adapter (COM12) com12"), "com12");
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("USB/serial adapter /dev/ttyUSB1"), "/dev/ttyUSB1");
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("/dev/ttyS2"), "/dev/ttyS2");
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("bez nazwy"), "bez nazwy");
@@ -251,6 +253,10 @@ TEST_F(MainWindowTest, NoPortsAndWineGiveNineSimulatedEntries) {
   QStringList expected;
   for (int n = 1; n <= 9; ++n) expected << QStringLiteral("com%1 Port symulowany.").arg(n);
   EXPECT_EQ(Items("ComboCom"), expected);
+  link->calls.clear();
+  emit Combo("ComboCom")->activated(3);
+  EXPECT_EQ(form->PortName(), "com4");
+  EXPECT_EQ(link->calls, (std::vector<std::string>{"select com4 9600"}));
 
   link->wine = true;
   form->SeekComClick();
