@@ -74,12 +74,16 @@ class CorePrinterLink : public PrinterLink {
 #ifdef _WIN32
     return {};
 #else
-    if (printer_.com.LastOpenError() != EACCES && printer_.com.LastOpenError() != EPERM) return {};
-    return Msg("Nie można otworzyć portu ", "Cannot open the port ") + last_port_ +
-           Msg(": brak uprawnień.\nDodaj użytkownika do grupy dialout:\n"
-               "sudo usermod -a -G dialout $USER\ni zaloguj się ponownie.",
-               ": permission denied.\nAdd the user to the dialout group:\n"
-               "sudo usermod -a -G dialout $USER\nand log in again.");
+    const int error = printer_.com.LastOpenError();
+    const std::string port = Msg("Nie można otworzyć portu ", "Cannot open the port ") + last_port_;
+    if (error == EBUSY)
+      return port + Msg(": port jest zajęty przez inny program.",
+                        ": the port is used by another program.");
+    if (error != EACCES && error != EPERM) return {};
+    return port + Msg(": brak uprawnień.\nDodaj użytkownika do grupy dialout:\n"
+                      "sudo usermod -a -G dialout $USER\ni zaloguj się ponownie.",
+                      ": permission denied.\nAdd the user to the dialout group:\n"
+                      "sudo usermod -a -G dialout $USER\nand log in again.");
 #endif
   }
 

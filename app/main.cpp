@@ -4,6 +4,7 @@
 //                       as PNG files into DIR and quit (for the docs)
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QTimer>
 #include <cstdio>
 
@@ -74,8 +75,9 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, options.help ? stdout : stderr);
     return options.help ? 0 : 2;
   }
+  // The C library opens file names in the system's 8-bit code page.
   const std::string folder =
-      tavena::SettingsFolder(QApplication::applicationDirPath().toStdString());
+      tavena::SettingsFolder(QFile::encodeName(QApplication::applicationDirPath()).toStdString());
   tavena::ReadMessageLanguage(folder);
   tavena::SetPumpHook([] { QCoreApplication::processEvents(); });
 

@@ -96,6 +96,19 @@ TEST(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
   emit ports->activated(0);
   EXPECT_EQ(form->PortName(), simulator.Path());
   EXPECT_TRUE(port_is_free());
+  // A port that another program holds is explained.
+  {
+    FastCom other;
+    other.baud_rate = 9600;
+    ASSERT_TRUE(other.Open(simulator.Path().c_str(), 1));
+    form->ConnectPrinter();
+    ASSERT_EQ(dialogs.messages.size(), 1u);
+    EXPECT_EQ(
+        dialogs.messages[0].text.toStdString(),
+        "Nie można otworzyć portu " + simulator.Path() + ": port jest zajęty przez inny program.");
+    EXPECT_EQ(form->PortName(), simulator.Path());
+  }
+
   const std::string log = ReadFile(log_file);
   EXPECT_NE(log.find("Otwarcie portu."), std::string::npos) << log_file;
   EXPECT_NE(log.find("#v"), std::string::npos) << log_file;
