@@ -266,13 +266,13 @@ void TTavenaForm::ShowCurrentPort() {
 }
 
 void TTavenaForm::ComboComChange(int index) {
-  if (index < 0) return;
+  if (index < 0 || busy) return;
   portName = PortNameFromEntry(ToCp1250(ui->ComboCom->itemText(index)));
   link_->SelectPort(portName, baudRate);
 }
 
 void TTavenaForm::BaudChange(int index) {
-  if (index < 0) return;
+  if (index < 0 || busy) return;
   baudRate = ui->Baud->itemText(index).toInt();
   link_->SelectPort(portName, baudRate);
 }
@@ -285,6 +285,7 @@ void TTavenaForm::TworzenieLogowClick(bool checked) {
 // one) chosen for every later operation, and closed.
 void TTavenaForm::ConnectPrinter() {
   busy = true;
+  EnablePortChoice(false);
   const std::string remembered_port = portName;
   const int32_t remembered_baud = baudRate;
   const int result = link_->FindPrinter(portName, baudRate);
@@ -301,6 +302,15 @@ void TTavenaForm::ConnectPrinter() {
   }
   link_->SelectPort(portName, baudRate);
   busy = false;
+  EnablePortChoice(true);
+}
+
+// The port, speed and port search stay greyed out while the printer search
+// runs on the chosen port (its waits let the window take clicks).
+void TTavenaForm::EnablePortChoice(bool enabled) {
+  for (QWidget* control : {static_cast<QWidget*>(ui->ComboCom), static_cast<QWidget*>(ui->Baud),
+                           static_cast<QWidget*>(ui->SeekCom)})
+    control->setEnabled(enabled);
 }
 
 // The printer answered: read its identity and state, then show what kind

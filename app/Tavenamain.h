@@ -108,6 +108,7 @@ class TTavenaForm : public TBaseForm {
   void FillPortList();
   void AddSimulatedPorts();
   void ShowCurrentPort();
+  void EnablePortChoice(bool enabled);
   void ReportFound();
   void RestoreMainPlace();
   void ShowKeptWindows();

@@ -62,6 +62,7 @@ class FakeLink : public PrinterLink {
  public:
   int FindPrinter(std::string& port, int32_t& baud) override {
     calls.push_back("find " + port + " " + std::to_string(baud));
+    if (while_searching) while_searching();
     if (find_result == 1 || find_result == 2) {
       if (!found_port.empty()) port = found_port;
       if (found_baud) baud = found_baud;
@@ -89,6 +90,7 @@ class FakeLink : public PrinterLink {
   bool IsUsbPort(const std::string& port) override { return port == usb_port; }
   std::string OpenFailureAdvice() override { return advice; }
 
+  std::function<void()> while_searching;  // runs as if the search pumped messages
   int find_result = 0;
   std::string found_port;
   int32_t found_baud = 0;

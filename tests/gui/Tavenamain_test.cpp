@@ -231,6 +231,22 @@ TEST_F(MainWindowTest, PortListAndChoosingPortAndSpeed) {
   EXPECT_EQ(link->calls,
             (std::vector<std::string>{"select /dev/ttyUSB0 9600", "select /dev/ttyUSB0 38400"}));
 
+  // While the printer search runs, the port and speed cannot be changed
+  // under it.
+  bool greyed = false;
+  link->while_searching = [&] {
+    greyed = !Combo("ComboCom")->isEnabled() && !Combo("Baud")->isEnabled() &&
+             !form->findChild<QWidget*>("SeekCom")->isEnabled();
+    form->ComboComChange(0);
+    form->BaudChange(0);
+  };
+  link->calls.clear();
+  form->ConnectPrinter();
+  EXPECT_TRUE(greyed);
+  EXPECT_EQ(link->calls,
+            (std::vector<std::string>{"find /dev/ttyUSB0 38400", "select /dev/ttyUSB0 38400"}));
+  EXPECT_TRUE(Combo("ComboCom")->isEnabled() && Combo("Baud")->isEnabled());
+
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("Port komunikacyjny (COM3) com3"), "com3");
   // The simulated entries give the bare name, which is also the log file's name.
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("com4 Port symulowany."), "com4");
