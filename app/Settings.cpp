@@ -1,5 +1,11 @@
 #include "Settings.h"
 
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -97,6 +103,20 @@ void DefaultFont(FontSetting& font, int32_t colour, int32_t style) {
   if (font.size == 0) font.size = 10;
 }
 
+// Writes text to path and waits until it is on the disk, so that the rename
+// that follows never exposes an empty file after a power cut.
+bool WriteDurably(const std::string& path, const std::string& text) {
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (!file) return false;
+  bool ok = std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+#ifdef _WIN32
+  ok = ok && _commit(_fileno(file)) == 0;
+#else
+  ok = ok && fsync(fileno(file)) == 0;
+#endif
+  return std::fclose(file) == 0 && ok;
+}
+
 }  // namespace
 
 std::vector<SettingEntry> SettingsTable(SettingsRecord& r) {
@@ -140,12 +160,11 @@ bool SaveSettings(const std::string& path, const SettingsRecord& record) {
   for (const SettingEntry& entry : SettingsTable(copy))
     text += entry.key + "=" + FormatValue(entry) + "\r\n";
   const std::string fresh = path + ".new";
-  {
-    std::ofstream out(fresh, std::ios::binary | std::ios::trunc);
-    if (!out || !out.write(text.data(), static_cast<std::streamsize>(text.size())).flush())
-      return false;
-  }
   std::error_code error;
+  if (!WriteDurably(fresh, text)) {
+    std::filesystem::remove(fresh, error);
+    return false;
+  }
   std::filesystem::rename(fresh, path, error);
   return !error;
 }

@@ -42,6 +42,12 @@ TEST(Settings, WritesEveryKeyInTableOrderAndReadsItBack) {
       text.ends_with("FontWindSet=\r\nFontWindCol=-1\r\nFontWindSize=0\r\nFontWindStyle=0\r\n"));
   EXPECT_EQ(SettingsTable(out).size(), 50u);
   EXPECT_FALSE(std::filesystem::exists(dir.file("config.tav.new")));
+  // A save that cannot write its new file leaves the old one as it was.
+  std::filesystem::create_directory(dir.file("config.tav.new"));
+  SettingsRecord changed = out;
+  changed.list.top = 99;
+  EXPECT_FALSE(SaveSettings(dir.file("config.tav"), changed));
+  EXPECT_EQ(ReadFile(dir.file("config.tav")), text);
 
   SettingsRecord in;
   ASSERT_TRUE(LoadSettings(dir.file("config.tav"), in));
