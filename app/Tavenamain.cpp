@@ -145,7 +145,11 @@ void TTavenaForm::MarkNotBuilt() {
 
 void TTavenaForm::SetSimulatedPort(const std::string& path) {
   simulated_port_ = path;
-  portName = path.substr(0, kMaxPortName);
+  SetStartPort(path);
+}
+
+void TTavenaForm::SetStartPort(const std::string& port) {
+  portName = port.substr(0, kMaxPortName);
 }
 
 void TTavenaForm::ClearStateFlags() {

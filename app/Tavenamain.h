@@ -58,6 +58,8 @@ class TTavenaForm : public TBaseForm {
   const AppWindows& Windows() const { return windows_; }
   // A simulated printer's port: listed first and tried first.
   void SetSimulatedPort(const std::string& path);
+  // The port the start-up search tries (com1 unless set).
+  void SetStartPort(const std::string& port);
 
   const std::string& PortName() const { return portName; }
   int32_t BaudRate() const { return baudRate; }

@@ -1,5 +1,6 @@
 // tavena-service: the service program's entry point.
 //   --simulate [MODEL]  start the simulated printer and connect to it
+//   --port PORT         look for the printer on PORT at start-up (default com1)
 //   --screenshot DIR    after start-up save the main window and the monitor
 //                       as PNG files into DIR and quit (for the docs)
 #include <QApplication>
@@ -7,6 +8,7 @@
 #include <QFile>
 #include <QTimer>
 #include <cstdio>
+#include <cstring>
 
 #include "app/Coreprinterlink.h"
 #include "app/Settings.h"
@@ -18,9 +20,11 @@
 namespace {
 
 const char* const kUsage =
-    "Usage: tavena-service [--simulate [MODEL]] [--screenshot DIR]\n"
+    "Usage: tavena-service [--simulate [MODEL]] [--port PORT] [--screenshot DIR]\n"
     "  --simulate [MODEL]  start the simulated printer (tavena-sim, model LUMEN unless given)\n"
     "                      and connect to it\n"
+    "  --port PORT         look for the printer on PORT at start-up (/dev/ttyUSB0, com3;\n"
+    "                      default com1)\n"
     "  --screenshot DIR    after start-up save main-window.png and monitor.png into DIR, quit\n"
     "  -h, --help          print this help\n";
 
@@ -30,6 +34,7 @@ struct Options {
   bool simulate = false;
   QString model;
   QString screenshot_folder;
+  QString port;
 };
 
 Options ParseOptions(const QStringList& arguments) {
@@ -41,6 +46,11 @@ Options ParseOptions(const QStringList& arguments) {
     if (argument == QLatin1String("--simulate")) {
       options.simulate = true;
       if (has_value) options.model = arguments[++i];
+    } else if (argument == QLatin1String("--port")) {
+      if (has_value)
+        options.port = arguments[++i];
+      else
+        options.error = QStringLiteral("--port needs a port (/dev/ttyUSB0, com3)");
     } else if (argument == QLatin1String("--screenshot")) {
       if (has_value)
         options.screenshot_folder = arguments[++i];
@@ -64,9 +74,21 @@ void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
   monitor->grab().save(folder + QStringLiteral("/monitor.png"));
 }
 
+// --help is answered before the window system is reached, so it also works
+// without a display.
+bool AsksForHelp(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i)
+    if (std::strcmp(argv[i], "-h") == 0 || std::strcmp(argv[i], "--help") == 0) return true;
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (AsksForHelp(argc, argv)) {
+    std::fputs(kUsage, stdout);
+    return 0;
+  }
   QApplication app(argc, argv);
   const Options options = ParseOptions(QApplication::arguments());
   if (options.help || !options.error.isEmpty()) {
@@ -92,6 +114,7 @@ int main(int argc, char** argv) {
   }
   std::unique_ptr<tavena::TTavenaForm> main =
       tavena::CreateWindows(tavena::MakeCorePrinterLink(), folder);
+  if (!options.port.isEmpty()) main->SetStartPort(options.port.toStdString());
   if (options.simulate) main->SetSimulatedPort(simulator.Path());
   // Shown from the event loop, so that closing the window during the
   // printer search ends the program.

@@ -200,6 +200,15 @@ TEST_F(MainWindowTest, NoPrinterRestoresPortAndSpeedSilently) {
   EXPECT_EQ(dialogs.messages[0].text, U("Brak uprawnień"));
 }
 
+TEST_F(MainWindowTest, StartPortIsWhereTheSearchLooks) {
+  Create();
+  form->SetStartPort("/dev/ttyUSB0");
+  Start();
+  EXPECT_EQ(link->calls.front(), "find /dev/ttyUSB0 9600");
+  EXPECT_EQ(Combo("ComboCom")->currentText(), "TAVENA USB /dev/ttyUSB0");
+  EXPECT_FALSE(Items("ComboCom").join(' ').contains("symulowana"));
+}
+
 TEST_F(MainWindowTest, MessagesOfTheSearch) {
   Create();
   link->find_result = 2;
