@@ -73,7 +73,7 @@ TEST_F(CliTest, CompilePrintsTheListWritesBinOnlyOnSuccess) {
   // File names are UTF-8 on the command line (Windows opens them in its own
   // code page).
   std::filesystem::copy_file(dir.file("ok.txt"), dir.path() / std::filesystem::path(u8"próba.txt"));
-  r = Tavena({"compile", dir.file("próba.txt"), "-o", dir.file("wynik ó.bin")});
+  r = Tavena({"compile", dir.str() + "/próba.txt", "-o", dir.str() + "/wynik ó.bin"});
   EXPECT_EQ(r.code, 0) << r.err;
   EXPECT_TRUE(std::filesystem::exists(dir.path() / std::filesystem::path(u8"wynik ó.bin")));
 
