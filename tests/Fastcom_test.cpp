@@ -17,11 +17,9 @@
 namespace tavena {
 namespace {
 
-using test::FakeSerialState;
-using test::ScopedFakeSerial;
-using test::ScopedWine;
+using Lines = std::vector<std::string>;
 
-// Lines of one port's log file, without their time stamps.
+// One port's log file; removed at scope end.
 class PortLog {
  public:
   PortLog() {
@@ -32,30 +30,27 @@ class PortLog {
   ~PortLog() {
     for (const std::string& p : touched_) std::remove(p.c_str());
   }
+  // On Windows the log goes to c: when there is no d:.
   std::string Path(const std::string& base) {
-    const std::string path = LogFolder() + kPathSeparator + base + "_log.txt";
+    std::string path = LogFolder() + kPathSeparator + base + "_log.txt";
 #ifdef _WIN32
     std::string on_c = path;
     on_c[0] = static_cast<char>(on_c[0] - 1);
     touched_.push_back(on_c);
-    if (!std::filesystem::exists(path)) return on_c;
+    if (!std::filesystem::exists(path)) path = on_c;
 #endif
     touched_.push_back(path);
     return path;
   }
-  std::vector<std::string> Lines(const std::string& base) {
+  // The lines without their "yyyy.mm.dd hh:mm:ss.mmm> " stamps.
+  Lines Of(const std::string& base) {
     const std::string text = test::ReadFile(Path(base));
-    std::vector<std::string> lines;
-    for (size_t at = 0; at < text.size();) {
-      size_t end = text.find("\r\n", at);
-      if (end == std::string::npos) end = text.size();
-      lines.push_back(text.substr(at + 25, end - at - 25));  // "yyyy.mm.dd hh:mm:ss.mmm> "
-      at = end + 2;
+    Lines lines;
+    for (size_t at = 0, end; at < text.size(); at = end + 2) {
+      end = std::min(text.find("\r\n", at), text.size());
+      lines.push_back(text.substr(at + 25, end - at - 25));
     }
     return lines;
-  }
-  void Clear(const std::string& base) {
-    std::remove(Path(base).c_str());
   }
 
  private:
@@ -64,36 +59,46 @@ class PortLog {
   std::vector<std::string> touched_;
 };
 
+std::vector<uint32_t> TimeoutsOf(const SerialTimeouts& t) {
+  return {t.read_interval, t.read_multiplier, t.read_constant, t.write_multiplier,
+          t.write_constant};
+}
+
 class FastComFake : public ::testing::Test {
  protected:
   void SetUp() override { MessageLanguage = 1; }
   void TearDown() override { MessageLanguage = 0; }
-  FakeSerialState& dev() { return *fake_.state; }
+  test::FakeSerialState& dev() { return *fake_.state; }
   int64_t Now() { return clock_.NowMs(); }
+  Lines Log() { return log_.Of(com_.LogBaseName()); }
+  // Opens com1 with logging on.
+  void OpenLogged() {
+    com_.SetLogging(true);
+    ASSERT_TRUE(com_.Open("com1", 1));
+  }
+  // Gaps between the device's writes.
+  std::vector<int64_t> WriteGaps() {
+    std::vector<int64_t> gaps;
+    for (size_t i = 1; i < dev().write_times.size(); ++i)
+      gaps.push_back(dev().write_times[i] - dev().write_times[i - 1]);
+    dev().write_times.clear();
+    return gaps;
+  }
 
   VirtualClock clock_;
   ScopedClock scoped_{&clock_};
-  ScopedWine windows_{false};  // the Windows write unless a test says otherwise
-  ScopedFakeSerial fake_;
+  test::ScopedWine windows_{false};  // the Windows write unless a test says otherwise
+  test::ScopedFakeSerial fake_;
   PortLog log_;
+  FastCom com_;
 };
 
 TEST(FastComNames, PortNumberOfAndMakePortName) {
-  EXPECT_EQ(PortNumberOf("COM12"), 12);
-  EXPECT_EQ(PortNumberOf("cOm12"), 12);
-  EXPECT_EQ(PortNumberOf("com9"), 9);
-  EXPECT_EQ(PortNumberOf("x5"), 0);
-  EXPECT_EQ(PortNumberOf("12"), 0);
-  EXPECT_EQ(PortNumberOf("\\\\.\\com12"), 0);  // device-namespace form gives 0
-  EXPECT_EQ(PortNumberOf("/dev/ttyS3"), 0);
-  EXPECT_EQ(PortNumberOf("/17"), 17);
-  EXPECT_EQ(PortNumberOf("/7"), 0);  // shorter than 3
-  EXPECT_EQ(PortNumberOf(".15x"), 15);
-  EXPECT_EQ(PortNumberOf("COM"), 0);
-  EXPECT_EQ(PortNumberOf("co"), 0);
-  EXPECT_EQ(PortNumberOf(""), 0);
+  const std::pair<const char*, int> numbers[] = {
+      {"COM12", 12},     {"cOm12", 12}, {"com9", 9}, {"x5", 0},    {"12", 0},  {"\\\\.\\com12", 0},
+      {"/dev/ttyS3", 0}, {"/17", 17},   {"/7", 0},   {".15x", 15}, {"COM", 0}, {"", 0}};
+  for (const auto& [text, number] : numbers) EXPECT_EQ(PortNumberOf(text), number) << text;
 
-  EXPECT_STREQ(MakePortName("com", 5), "com5");
   EXPECT_STREQ(MakePortName("com12", 3), "com3");
   EXPECT_STREQ(MakePortName("COM1x", 7), "COM1x7");
   EXPECT_STREQ(MakePortName("7", 4), "74");  // the first character is never stripped
@@ -103,215 +108,171 @@ TEST(FastComNames, PortNumberOfAndMakePortName) {
 }
 
 TEST_F(FastComFake, OpenByNumberNamesTheDeviceAndProgramsIt) {
-  FastCom com;
-  com.baud_rate = 9600;
-  ASSERT_TRUE(com.Open("COM12", 1));
-  EXPECT_EQ(com.port_name, "\\\\.\\com12");
-  EXPECT_EQ(com.read_timeout_constant, 2);
+  com_.baud_rate = 9600;
+  ASSERT_TRUE(com_.Open("COM12", 1));
+  EXPECT_EQ(com_.port_name, "\\\\.\\com12");
+  EXPECT_EQ(com_.read_timeout_constant, 2);
   EXPECT_EQ(dev().queue_size, 30000u);
   EXPECT_EQ(dev().escapes, std::vector<uint32_t>{15});
   EXPECT_EQ(dev().purges, std::vector<uint32_t>{15});
   EXPECT_EQ(dev().line.baud_rate, 9600);
-  EXPECT_FALSE(dev().line.abort_on_error);
-  EXPECT_FALSE(dev().line.tx_continue_on_xoff);
-  const SerialTimeouts& t = dev().timeouts;
-  EXPECT_EQ(std::vector<uint32_t>({t.read_interval, t.read_multiplier, t.read_constant,
-                                   t.write_multiplier, t.write_constant}),
-            std::vector<uint32_t>({3, 1, 2, 1, 20000}));
+  EXPECT_FALSE(dev().line.abort_on_error || dev().line.tx_continue_on_xoff);
+  EXPECT_EQ(TimeoutsOf(dev().timeouts), std::vector<uint32_t>({3, 1, 2, 1, 20000}));
   EXPECT_EQ(Now(), 10);  // settles 10 ms after opening
 
-  EXPECT_FALSE(com.Open("com3", 50));  // already open: refused, first open kept
-  EXPECT_EQ(com.port_name, "\\\\.\\com12");
-  ASSERT_TRUE(com.Close());
+  EXPECT_FALSE(com_.Open("com3", 50));  // already open: refused, first open kept
+  EXPECT_EQ(com_.port_name, "\\\\.\\com12");
+  ASSERT_TRUE(com_.Close());
   EXPECT_EQ(dev().escapes, std::vector<uint32_t>({15, 15}));
   EXPECT_TRUE(dev().closed);
   EXPECT_EQ(Now(), 110);  // 100 ms pause before closing
 
-  ASSERT_TRUE(com.Open("com9", 50));
-  EXPECT_EQ(com.port_name, "com9");
+  ASSERT_TRUE(com_.Open("com9", 50));
   EXPECT_EQ(dev().timeouts.read_constant, 50u);
-  com.Close();
-  com.Open("x5", 1);
-  com.Close();
-  com.Open("Com10", 1);
-  com.Close();
-  com.Open("12", 1);
-  com.Close();
-  EXPECT_EQ(dev().opened_names,
-            std::vector<std::string>({"\\\\.\\com12", "com9", "com0", "\\\\.\\com10", "com0"}));
+  for (const char* name : {"x5", "Com10"}) {
+    com_.Close();
+    com_.Open(name, 1);
+  }
+  EXPECT_EQ(dev().opened_names, Lines({"\\\\.\\com12", "com9", "com0", "\\\\.\\com10"}));
 }
 
 TEST_F(FastComFake, OpenNamedUsesShortTimeoutsAndItsOwnLogLine) {
   MessageLanguage = 0;
-  FastCom com;
-  com.SetLogging(true);
-  ASSERT_TRUE(com.OpenNamed("com3"));
-  EXPECT_EQ(com.read_timeout_constant, 10);
+  com_.SetLogging(true);
+  ASSERT_TRUE(com_.OpenNamed("com3"));
+  EXPECT_EQ(com_.read_timeout_constant, 10);
   EXPECT_EQ(dev().queue_size, 0u);  // no queue setup, escape or purge
-  EXPECT_TRUE(dev().escapes.empty());
-  EXPECT_TRUE(dev().purges.empty());
-  EXPECT_TRUE(dev().line.abort_on_error);
-  EXPECT_TRUE(dev().line.tx_continue_on_xoff);
-  const SerialTimeouts& t = dev().timeouts;
-  EXPECT_EQ(std::vector<uint32_t>({t.read_interval, t.read_multiplier, t.read_constant,
-                                   t.write_multiplier, t.write_constant}),
-            std::vector<uint32_t>({1, 1, 10, 1, 200}));
-  EXPECT_EQ(log_.Lines(com.LogBaseName()), std::vector<std::string>{"Otwarcie portu 115200"});
-  com.Close();
+  EXPECT_TRUE(dev().escapes.empty() && dev().purges.empty());
+  EXPECT_TRUE(dev().line.abort_on_error && dev().line.tx_continue_on_xoff);
+  EXPECT_EQ(TimeoutsOf(dev().timeouts), std::vector<uint32_t>({1, 1, 10, 1, 200}));
+  EXPECT_EQ(Log(), Lines{"Otwarcie portu 115200"});
+  com_.SetLogging(false);
+  com_.Close();
 
-  FastCom high;
-  ASSERT_TRUE(high.OpenNamed("com10"));
-  EXPECT_EQ(high.port_name, "\\\\.\\com10");
-  high.Close();
-  ASSERT_TRUE(high.OpenNamed("COM9"));
-  EXPECT_EQ(high.port_name, "COM9");  // kept as given
-  high.Close();
+  ASSERT_TRUE(com_.OpenNamed("com10"));
+  EXPECT_EQ(com_.port_name, "\\\\.\\com10");
+  com_.Close();
+  ASSERT_TRUE(com_.OpenNamed("COM9"));
+  EXPECT_EQ(com_.port_name, "COM9");  // kept as given
+  com_.Close();
 
+  std::remove(log_.Path(com_.LogBaseName()).c_str());
   dev().open_error = 5;
-  FastCom failing;
-  failing.SetLogging(true);
-  log_.Clear(com.LogBaseName());
-  EXPECT_FALSE(failing.OpenNamed("com3"));  // fails silently
-  EXPECT_EQ(failing.LastOpenError(), 5);
-  EXPECT_TRUE(log_.Lines(failing.LogBaseName()).empty());
-}
-
-TEST_F(FastComFake, OpenFailureKeepsTheReasonAndLogs) {
-  dev().open_error = EACCES;
-  FastCom com;
-  com.SetLogging(true);
-  EXPECT_FALSE(com.Open("com4", 1));
-  EXPECT_FALSE(com.IsOpen());
-  EXPECT_EQ(com.LastOpenError(), EACCES);
-  EXPECT_FALSE(com.Send(iBuffer("x")));
-  EXPECT_FALSE(com.Close());
-  EXPECT_EQ(
-      log_.Lines(com.LogBaseName()),
-      std::vector<std::string>({"Can't open this serial port. Header is empty.",
-                                "Zapis do nie otwartego portu.", "Close closed serial port."}));
-  dev().open_error = 0;
-  EXPECT_TRUE(com.Open("com4", 1));
-  EXPECT_EQ(com.LastOpenError(), 0);
+  com_.SetLogging(true);
+  EXPECT_FALSE(com_.OpenNamed("COM9"));  // fails silently
+  EXPECT_EQ(com_.LastOpenError(), 5);
+  EXPECT_TRUE(Log().empty());
 }
 
 TEST_F(FastComFake, LogLinesFollowTheLanguageAndKeepRecordBytes) {
-  FastCom com;
-  com.SetLogging(true);
-  ASSERT_TRUE(com.Open("com2", 1));
+  dev().open_error = EACCES;
+  com_.SetLogging(true);
+  EXPECT_FALSE(com_.Open("com2", 1));
+  EXPECT_EQ(com_.LastOpenError(), EACCES);
+  EXPECT_FALSE(com_.IsOpen());
+  EXPECT_FALSE(com_.Send(iBuffer("x")));
+  EXPECT_FALSE(com_.Close());
+  dev().open_error = 0;
+  ASSERT_TRUE(com_.Open("com2", 1));
+  EXPECT_EQ(com_.LastOpenError(), 0);
   const std::string record("\x1bP1#s\x1b\\", 7);
-  ASSERT_TRUE(com.Send(iBuffer(record)));
+  ASSERT_TRUE(com_.Send(iBuffer(record)));
   MessageLanguage = 0;
-  ASSERT_TRUE(com.Send(iBuffer(std::string("ab\0cd", 5))));  // the line ends at the zero byte
+  ASSERT_TRUE(com_.Send(iBuffer(std::string("ab\0cd", 5))));  // the line ends at the zero byte
   EXPECT_EQ(dev().written, record + std::string("ab\0cd", 5));
-  EXPECT_FALSE(com.Open("com2", 1));
-  ASSERT_TRUE(com.Close());
-  EXPECT_FALSE(com.Close());
+  EXPECT_FALSE(com_.Open("com2", 1));
+  ASSERT_TRUE(com_.Close());
+  EXPECT_FALSE(com_.Close());
   MessageLanguage = 1;
-  EXPECT_FALSE(com.Close());
-  const std::string base = com.LogBaseName();
-  EXPECT_EQ(log_.Lines(base), std::vector<std::string>({
-                                  "Serial port is opened.",
-                                  "Send: " + record,
-                                  "Wys\xb3"
-                                  "ano: ab",
-                                  "Pr\xf3"
-                                  "ba otwarcia otwartego portu.",
-                                  "Zamkni\xea"
-                                  "cie portu.",
-                                  "Pr\xf3"
-                                  "ba zamkni\xea"
-                                  "cia zamkni\xeatego portu.",
-                                  "Close closed serial port.",
-                              }));
-  EXPECT_EQ(test::ReadFile(log_.Path(base)).substr(0, 25), "2012.05.14 09:03:07.250> ");
+  EXPECT_FALSE(com_.Close());
+  EXPECT_EQ(Log(),
+            Lines({"Can't open this serial port. Header is empty.", "Zapis do nie otwartego portu.",
+                   "Close closed serial port.", "Serial port is opened.", "Send: " + record,
+                   "Wys\263ano: ab", "Pr\363ba otwarcia otwartego portu.", "Zamkni\352cie portu.",
+                   "Pr\363ba zamkni\352cia zamkni\xeatego portu.", "Close closed serial port."}));
+  EXPECT_EQ(test::ReadFile(log_.Path(com_.LogBaseName())).substr(0, 25),
+            "2012.05.14 09:03:07.250> ");
 }
 
 TEST_F(FastComFake, CaptureAndHoldOpen) {
   iBuffer captured;
-  FastCom com;
-  com.SetLogging(true);
-  com.capture_buffer = &captured;
-  ASSERT_TRUE(com.Open("com7", 1));
+  com_.SetLogging(true);
+  com_.capture_buffer = &captured;
+  ASSERT_TRUE(com_.Open("com7", 1));
   EXPECT_TRUE(dev().opened_names.empty());  // no device behind a capture
-  EXPECT_TRUE(com.Send(iBuffer("AB")));
-  EXPECT_TRUE(com.SendRetry(iBuffer("CD")));
+  EXPECT_TRUE(com_.Send(iBuffer("AB")));
+  EXPECT_TRUE(com_.SendRetry(iBuffer("CD")));
   EXPECT_EQ(captured.ToString(), "ABCD");
   iBuffer reply;
-  EXPECT_FALSE(com.ReadUntil(reply, 10, nullptr));
-  EXPECT_FALSE(com.ReadCount(reply, 5));
-  EXPECT_TRUE(com.Close());
-  EXPECT_TRUE(com.IsOpen());  // closing a capture changes nothing
-  EXPECT_EQ(log_.Lines(com.LogBaseName()), std::vector<std::string>{"Zapis do pliku."});
+  EXPECT_FALSE(com_.ReadUntil(reply, 10, nullptr));
+  EXPECT_FALSE(com_.ReadCount(reply, 5));
+  EXPECT_TRUE(com_.Close());
+  EXPECT_TRUE(com_.IsOpen());  // closing a capture changes nothing
+  EXPECT_EQ(Log(), Lines{"Zapis do pliku."});
 
-  com.capture_buffer = nullptr;
-  com.hold_open = true;
-  ASSERT_TRUE(com.Open("com7", 1));
-  EXPECT_TRUE(com.Close());
-  EXPECT_TRUE(com.IsOpen());
+  com_.capture_buffer = nullptr;
+  com_.hold_open = true;
+  ASSERT_TRUE(com_.Open("com7", 1));
+  EXPECT_TRUE(com_.Close());
+  EXPECT_TRUE(com_.IsOpen());
   EXPECT_FALSE(dev().closed);
-  EXPECT_TRUE(com.Send(iBuffer("EF")));
+  EXPECT_TRUE(com_.Send(iBuffer("EF")));
   EXPECT_EQ(dev().written, "EF");
-  com.hold_open = false;
-  EXPECT_TRUE(com.Close());
+  com_.hold_open = false;
+  EXPECT_TRUE(com_.Close());
   EXPECT_TRUE(dev().closed);
 }
 
 TEST_F(FastComFake, ByteModeObservesXoffForAtMostThirtyMs) {
-  FastCom com;
-  ASSERT_TRUE(com.Open("com1", 1));
-  com.byte_mode = true;
-  com.honour_xon_xoff = true;
-  // XOFF right after the first byte, nothing after it.
-  dev().on_write = [n = 0](const std::string&) mutable { return ++n == 1 ? "\x13" : ""; };
-  ASSERT_TRUE(com.Send(iBuffer("ABCD")));
+  ASSERT_TRUE(com_.Open("com1", 1));
+  com_.byte_mode = true;
+  com_.honour_xon_xoff = true;
+  // XOFF right after the first byte, nothing after it: held just over 30 ms,
+  // then 2 ms a byte.
+  const auto xoff_once = [n = 0](const std::string&) mutable { return ++n == 1 ? "\x13" : ""; };
+  dev().on_write = xoff_once;
+  ASSERT_TRUE(com_.Send(iBuffer("ABCD")));
   EXPECT_EQ(dev().written, "ABCD");
-  ASSERT_EQ(dev().write_times.size(), 4u);
-  const int64_t pause = dev().write_times[1] - dev().write_times[0];
-  EXPECT_GE(pause, 32);  // held for more than 30 ms after the XOFF ...
-  EXPECT_LE(pause, 35);  // ... and not much longer
-  EXPECT_LE(dev().write_times[2] - dev().write_times[1], 3);
+  std::vector<int64_t> gaps = WriteGaps();
+  ASSERT_EQ(gaps.size(), 3u);
+  EXPECT_TRUE(gaps[0] > 30 && gaps[0] <= 35) << gaps[0];
+  EXPECT_EQ(gaps[1] + gaps[2], 4);
   EXPECT_EQ(dev().transmit_waits, 4);
 
   // XON 10 ms after the XOFF resumes at once; other bytes are dropped.
-  dev().write_times.clear();
   dev().on_write = [&, n = 0](const std::string&) mutable {
     if (++n == 1) dev().arrivals.emplace(Now() + 10, "Z\x11");
     return n == 1 ? "\x13" : "";
   };
-  ASSERT_TRUE(com.Send(iBuffer("EFG")));
+  ASSERT_TRUE(com_.Send(iBuffer("EFG")));
   EXPECT_EQ(dev().written, "ABCDEFG");
-  const int64_t resumed = dev().write_times[1] - dev().write_times[0];
-  EXPECT_GE(resumed, 10);
-  EXPECT_LE(resumed, 15);
+  gaps = WriteGaps();
+  ASSERT_EQ(gaps.size(), 2u);
+  EXPECT_TRUE(gaps[0] >= 10 && gaps[0] <= 15) << gaps[0];
 
   // Without honouring, an XOFF changes nothing.
-  com.honour_xon_xoff = false;
-  dev().write_times.clear();
+  com_.honour_xon_xoff = false;
   dev().on_write = [](const std::string&) { return "\x13"; };
-  ASSERT_TRUE(com.Send(iBuffer("HI")));
-  EXPECT_EQ(dev().write_times[1] - dev().write_times[0], 2);
-}
+  ASSERT_TRUE(com_.Send(iBuffer("HI")));
+  EXPECT_EQ(WriteGaps(), std::vector<int64_t>{2});
 
-TEST_F(FastComFake, XoffPauseWrapsAtMidnight) {
-  VirtualClock late(LocalTime{2012, 5, 14, 23, 59, 59, 980});  // XOFF comes at .992
+  // An XOFF at 23:59:59.992 still ends after 30 ms, past midnight. (A broken
+  // wrap would pause for ever: an XON after 5 s lets the test end.)
+  VirtualClock late(LocalTime{2012, 5, 14, 23, 59, 59, 980});
   ScopedClock scoped(&late);
-  // A broken wrap would pause for ever: release it after 5 s so the test ends.
   late.SetOnAdvance([&](int64_t now) {
     if (now > 5000) dev().incoming += "\x11";
   });
-  FastCom com;
-  ASSERT_TRUE(com.Open("com1", 1));
-  com.byte_mode = true;
-  com.honour_xon_xoff = true;
-  dev().on_write = [n = 0](const std::string&) mutable { return ++n == 1 ? "\x13" : ""; };
-  ASSERT_TRUE(com.Send(iBuffer("AB")));
-  ASSERT_EQ(dev().write_times.size(), 2u);
-  EXPECT_LE(dev().write_times[1] - dev().write_times[0], 35);
-  EXPECT_GE(dev().write_times[1] - dev().write_times[0], 32);
+  com_.honour_xon_xoff = true;
+  dev().on_write = xoff_once;
+  ASSERT_TRUE(com_.Send(iBuffer("JK")));
+  gaps = WriteGaps();
+  ASSERT_EQ(gaps.size(), 1u);
+  EXPECT_TRUE(gaps[0] > 30 && gaps[0] <= 35) << gaps[0];
 }
 
 TEST_F(FastComFake, WineWritesIn64ByteChunksAfterTheQueueDrains) {
-  ScopedWine wine(true);
+  test::ScopedWine wine(true);
   FastCom com;
   EXPECT_TRUE(com.UnderWine());
   ASSERT_TRUE(com.Open("com5", 1));
@@ -319,15 +280,12 @@ TEST_F(FastComFake, WineWritesIn64ByteChunksAfterTheQueueDrains) {
   dev().report_zero_written = true;  // as WINE's driver does
   dev().drain_ms_per_byte = 1;       // 64 bytes take 64 ms to leave
   const std::string record(130, 'x');
-  const int64_t start = Now();
   ASSERT_TRUE(com.Send(iBuffer(record)));
   EXPECT_EQ(dev().write_sizes, std::vector<uint32_t>({64, 64, 2}));
   EXPECT_EQ(com.BytesWritten(), 130u);
   EXPECT_EQ(dev().written, record);
   // Each chunk waits for the previous one in 20 ms polls: 64 ms -> 80 ms.
-  EXPECT_EQ(dev().write_times[0], start);
-  EXPECT_EQ(dev().write_times[1] - dev().write_times[0], 80);
-  EXPECT_EQ(dev().write_times[2] - dev().write_times[1], 80);
+  EXPECT_EQ(WriteGaps(), std::vector<int64_t>({80, 80}));
 
   // A queue that stops draining: the first chunk goes, 300 ms pass, failure.
   dev().never_drains = true;
@@ -338,20 +296,17 @@ TEST_F(FastComFake, WineWritesIn64ByteChunksAfterTheQueueDrains) {
   EXPECT_FALSE(com.Send(iBuffer(record)));
   EXPECT_EQ(Now() - before, 300);
   EXPECT_EQ(dev().write_sizes, std::vector<uint32_t>{64});
-  EXPECT_EQ(log_.Lines(com.LogBaseName()),
-            std::vector<std::string>{"This record isn't send completelly."});
+  EXPECT_EQ(log_.Of(com.LogBaseName()), Lines{"This record isn't send completelly."});
 }
 
-TEST_F(FastComFake, SendRetryGivesUpAfterTwentyMs) {
-  FastCom com;
-  com.SetLogging(true);
-  ASSERT_TRUE(com.Open("com1", 1));
+TEST_F(FastComFake, RetriesAndWritesFailingHalfWay) {
+  OpenLogged();
+  // SendRetry tries every 5 ms for 20 ms.
   dev().write_accepts_nothing = true;
   int64_t start = Now();
-  EXPECT_FALSE(com.SendRetry(iBuffer("QR")));
+  EXPECT_FALSE(com_.SendRetry(iBuffer("QR")));
   EXPECT_EQ(dev().write_sizes.size(), 4u);
   EXPECT_EQ(Now() - start, 20);
-
   // Taken on the third attempt.
   dev().write_sizes.clear();
   dev().on_write = [&](const std::string&) {
@@ -359,43 +314,31 @@ TEST_F(FastComFake, SendRetryGivesUpAfterTwentyMs) {
     return "";
   };
   start = Now();
-  EXPECT_TRUE(com.SendRetry(iBuffer("ST")));
+  EXPECT_TRUE(com_.SendRetry(iBuffer("ST")));
   EXPECT_EQ(dev().write_sizes.size(), 3u);
   EXPECT_EQ(Now() - start, 10);
-  EXPECT_EQ(dev().written, "ST");
-  EXPECT_EQ(log_.Lines(com.LogBaseName()),
-            std::vector<std::string>({"Serial port is opened.", "Can't to send itQR", "Send: ST"}));
-}
+  dev().on_write = nullptr;
 
-TEST_F(FastComFake, WriteFailingHalfWay) {
-  FastCom com;
-  com.SetLogging(true);
-  ASSERT_TRUE(com.Open("com1", 1));
+  // Whole and byte-by-byte writes that stop half way.
   MessageLanguage = 0;
-  dev().accept_limit = 3;
-  EXPECT_FALSE(com.Send(iBuffer("ABCDEF")));
-  EXPECT_EQ(com.BytesWritten(), 3u);
-  com.byte_mode = true;
   dev().accept_limit = 5;
-  EXPECT_FALSE(com.Send(iBuffer("GHIJ")));
-  EXPECT_EQ(dev().written, "ABCGH");
-  EXPECT_EQ(log_.Lines(com.LogBaseName()), std::vector<std::string>({"Serial port is opened.",
-                                                                     "Nie wys\xb3"
-                                                                     "ano rekordu w komplecie.",
-                                                                     "Nie mo\xbf"
-                                                                     "na tego wys\xb3"
-                                                                     "a\xe6"
-                                                                     "GHIJ"}));
+  EXPECT_FALSE(com_.Send(iBuffer("ABCDEF")));
+  EXPECT_EQ(com_.BytesWritten(), 3u);
+  com_.byte_mode = true;
+  dev().accept_limit = 7;
+  EXPECT_FALSE(com_.Send(iBuffer("GHIJ")));
+  EXPECT_EQ(dev().written, "STABCGH");
+  EXPECT_EQ(Log(),
+            Lines({"Serial port is opened.", "Can't to send itQR", "Send: ST",
+                   "Nie wys\263ano rekordu w komplecie.", "Nie mo\277na tego wys\263a\346GHIJ"}));
 }
 
 TEST_F(FastComFake, ReadUntilEndsOnTerminatorOrSilence) {
-  FastCom com;
-  com.SetLogging(true);
-  ASSERT_TRUE(com.Open("com1", 1));
+  OpenLogged();
   iBuffer reply("old");
-  // timeout 0 still waits one 20 ms pause
+  // A time-out of 0 still waits one 20 ms pause.
   int64_t start = Now();
-  EXPECT_TRUE(com.ReadUntil(reply, 0, "\x1b\\"));
+  EXPECT_TRUE(com_.ReadUntil(reply, 0, "\x1b\\"));
   EXPECT_EQ(Now() - start, 20);
   EXPECT_TRUE(reply.Empty());
 
@@ -403,73 +346,63 @@ TEST_F(FastComFake, ReadUntilEndsOnTerminatorOrSilence) {
   start = Now();
   for (int i = 0; i < 10; ++i) dev().arrivals.emplace(start + 15 * i, std::string(1, 'a' + i));
   dev().arrivals.emplace(start + 150, "\x1b\\");
-  EXPECT_TRUE(com.ReadUntil(reply, 30, "\x1b\\"));
+  EXPECT_TRUE(com_.ReadUntil(reply, 30, "\x1b\\"));
   EXPECT_EQ(reply.ToString(), "abcdefghij\x1b\\");
   EXPECT_EQ(Now() - start, 160);  // read at the first 20 ms poll after it came
 
-  // No terminator: silence of the time-out ends the read.
-  dev().arrivals.emplace(Now(), "xyz");
-  start = Now();
-  EXPECT_TRUE(com.ReadUntil(reply, 50, "\x03"));
-  EXPECT_EQ(reply.ToString(), "xyz");
-  EXPECT_EQ(Now() - start, 60);
-
-  // A terminator followed by a zero byte ends the read only with match anywhere.
+  // Silence of the time-out ends a read without its terminator; a terminator
+  // followed by a zero byte ends it at once only with match anywhere.
   const std::string zeroed("ab\x03\0xy", 6);
-  dev().arrivals.emplace(Now(), zeroed);
-  start = Now();
-  EXPECT_TRUE(com.ReadUntil(reply, 40, "\x03"));
-  EXPECT_EQ(reply.ToString(), zeroed);
-  EXPECT_EQ(Now() - start, 40);
-  com.match_anywhere = true;
-  dev().arrivals.emplace(Now(), zeroed);
-  start = Now();
-  EXPECT_TRUE(com.ReadUntil(reply, 40, "\x03"));
-  EXPECT_EQ(reply.ToString(), zeroed);
-  EXPECT_EQ(Now() - start, 0);
-  com.match_anywhere = false;
+  for (const bool anywhere : {false, true}) {
+    com_.match_anywhere = anywhere;
+    dev().arrivals.emplace(Now(), zeroed);
+    start = Now();
+    EXPECT_TRUE(com_.ReadUntil(reply, 40, "\x03"));
+    EXPECT_EQ(reply.ToString(), zeroed);
+    EXPECT_EQ(Now() - start, anywhere ? 0 : 40);
+  }
+  com_.match_anywhere = false;
 
   // The receive line holds the first 80 bytes; ReadCount logs everything.
   std::string big;
   for (int i = 0; i < 200; ++i) big += static_cast<char>('0' + i % 10);
   dev().arrivals.emplace(Now(), big);
-  EXPECT_TRUE(com.ReadUntil(reply, 20, nullptr));
+  EXPECT_TRUE(com_.ReadUntil(reply, 20, nullptr));
   EXPECT_EQ(reply.ToString(), big);
   dev().incoming = big;
   iBuffer counted("pre");
-  EXPECT_TRUE(com.ReadCount(counted, 500));
+  EXPECT_TRUE(com_.ReadCount(counted, 500));
   EXPECT_EQ(counted.ToString(), "pre" + big);
-  const std::vector<std::string> lines = log_.Lines(com.LogBaseName());
+  const Lines lines = Log();
   ASSERT_GE(lines.size(), 2u);
   EXPECT_EQ(lines[lines.size() - 2], "Receive: " + big.substr(0, 80));
   EXPECT_EQ(lines.back(), "Receive: pre" + big);
 }
 
 TEST_F(FastComFake, ReadCountAndQueues) {
-  FastCom com;
   iBuffer reply;
-  EXPECT_FALSE(com.ReadCount(reply, 3));
-  EXPECT_EQ(com.InQueue(), 0u);
-  ASSERT_TRUE(com.Open("com1", 1));
+  EXPECT_FALSE(com_.ReadCount(reply, 3));
+  EXPECT_EQ(com_.InQueue(), 0u);
+  ASSERT_TRUE(com_.Open("com1", 1));
   dev().incoming = "12345";
-  EXPECT_EQ(com.InQueue(), 5u);
-  EXPECT_TRUE(com.ReadCount(reply, 3));
+  EXPECT_EQ(com_.InQueue(), 5u);
+  EXPECT_TRUE(com_.ReadCount(reply, 3));
   EXPECT_EQ(reply.ToString(), "123");
-  EXPECT_TRUE(com.ReadCount(reply, 0));  // count < 1: as much as fits
+  EXPECT_TRUE(com_.ReadCount(reply, 0));  // count < 1: as much as fits
   EXPECT_EQ(reply.ToString(), "12345");
-  EXPECT_TRUE(com.ReadCount(reply, 4));  // nothing waits: nothing appended
+  EXPECT_TRUE(com_.ReadCount(reply, 4));  // nothing waits: nothing appended
   EXPECT_EQ(reply.ToString(), "12345");
   uint8_t byte = 0;
   uint32_t got = 7;
-  EXPECT_FALSE(com.ReadAvailable(&byte, 1, got));
+  EXPECT_FALSE(com_.ReadAvailable(&byte, 1, got));
   EXPECT_EQ(got, 0u);
   dev().drain_ms_per_byte = 10;
-  com.Send(iBuffer("abc"));
-  EXPECT_EQ(com.OutQueue(), 3u);
+  com_.Send(iBuffer("abc"));
+  EXPECT_EQ(com_.OutQueue(), 3u);
   clock_.Advance(15);
-  EXPECT_EQ(com.OutQueue(), 2u);
-  com.Close();
-  EXPECT_EQ(com.OutQueue(), 0u);
+  EXPECT_EQ(com_.OutQueue(), 2u);
+  com_.Close();
+  EXPECT_EQ(com_.OutQueue(), 0u);
 }
 
 }  // namespace

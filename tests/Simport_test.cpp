@@ -14,6 +14,7 @@ namespace tavena {
 namespace {
 
 const std::string kEnd = "\x1B\\";
+const std::string kIdentity = "\x1BP0#RTAVENA LUMEN/1.05" + kEnd;
 
 class SimPortTest : public ::testing::Test {
  protected:
@@ -28,27 +29,27 @@ class SimPortTest : public ::testing::Test {
     com.ReadUntil(reply, timeout_ms, "\x1B\\");
     return reply.ToString();
   }
+  int64_t Since(int64_t start) { return clock_.NowMs() - start; }
+
   VirtualClock clock_;
   ScopedClock scoped_{&clock_};
   SimPrinter printer_;
   SimPort port_;
+  FastCom com_;
 };
 
-TEST_F(SimPortTest, FastComTalksToThePrinter) {
-  FastCom com;
-  ASSERT_TRUE(Open(com));
+TEST_F(SimPortTest, FastComTalksToThePrinterOnOnePortAtATime) {
+  ASSERT_TRUE(Open(com_));
   EXPECT_TRUE(port_.IsOpen());
   EXPECT_EQ(port_.LastBaud(), 9600);
-  ASSERT_TRUE(Send(com, "\x05"));
+  ASSERT_TRUE(Send(com_, "\x05"));
   clock_.SleepMs(5);
-  EXPECT_EQ(com.InQueue(), 1u);
+  EXPECT_EQ(com_.InQueue(), 1u);
   iBuffer reply;
-  ASSERT_TRUE(com.ReadCount(reply, 10));
+  ASSERT_TRUE(com_.ReadCount(reply, 10));
   EXPECT_EQ(test::Hex(reply.ToString()), "65");
-  ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
-  EXPECT_EQ(ReadFrame(com, 2000), "\x1BP0#RTAVENA LUMEN/1.05" + kEnd);
-  ASSERT_EQ(printer_.Record().frames.size(), 1u);
-  EXPECT_EQ(printer_.Record().frames[0].command, "#v");
+  ASSERT_TRUE(Send(com_, "\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com_, 2000), kIdentity);
   EXPECT_EQ(printer_.Record().received, "\x05\x1BP#v" + kEnd);
 
   // One open at a time; names it does not know are refused, not passed on.
@@ -57,7 +58,7 @@ TEST_F(SimPortTest, FastComTalksToThePrinter) {
   EXPECT_EQ(second.LastOpenError(), EBUSY);
   EXPECT_FALSE(Open(second, "com4"));
   EXPECT_EQ(second.LastOpenError(), ENOENT);
-  EXPECT_TRUE(com.Close());
+  EXPECT_TRUE(com_.Close());
   EXPECT_FALSE(port_.IsOpen());
   EXPECT_TRUE(second.OpenNamed("\\\\.\\COM3"));
   EXPECT_EQ(port_.OpenCount(), 2);
@@ -69,112 +70,96 @@ TEST_F(SimPortTest, FastComTalksToThePrinter) {
   EXPECT_EQ(second.InQueue(), 0u);
 }
 
-TEST_F(SimPortTest, LateAnswersAndTheWrongSpeed) {
-  FastCom com;
-  ASSERT_TRUE(Open(com));
+TEST_F(SimPortTest, LateAnswersLineRateXoffAndTheWrongSpeed) {
+  ASSERT_TRUE(Open(com_));
   printer_.Faults().answer_delay_ms = 300;
-  const int64_t start = clock_.NowMs();
-  ASSERT_TRUE(Send(com, "\x1BP0#c" + kEnd));
-  EXPECT_EQ(ReadFrame(com, 200), "");  // 200 ms of silence end the read first
-  EXPECT_EQ(ReadFrame(com, 200), "\x1BP1#C12;05;14;09;03;07;A0" + kEnd);
-  EXPECT_GE(clock_.NowMs() - start, 300);
-  EXPECT_LT(clock_.NowMs() - start, 420);
+  int64_t start = clock_.NowMs();
+  ASSERT_TRUE(Send(com_, "\x1BP0#c" + kEnd));
+  EXPECT_EQ(ReadFrame(com_, 200), "");  // 200 ms of silence end the read first
+  EXPECT_EQ(ReadFrame(com_, 200), "\x1BP1#C12;05;14;09;03;07;A0" + kEnd);
+  EXPECT_GE(Since(start), 300);
+  EXPECT_LT(Since(start), 420);
   printer_.Faults().answer_delay_ms = 0;
-  com.Close();
+
+  // 6 bytes out and 24 back at 1.04 ms each: the answer ends 32 ms later.
+  printer_.Faults().line_rate = true;
+  start = clock_.NowMs();
+  ASSERT_TRUE(Send(com_, "\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com_, 100), kIdentity);
+  EXPECT_GE(Since(start), 32);
+  EXPECT_LT(Since(start), 80);
+  EXPECT_EQ(com_.OutQueue(), 0u);
+  printer_.Faults().line_rate = false;
+
+  // An XOFF without XON only pauses the sender.
+  printer_.Faults().xoff = true;
+  com_.byte_mode = com_.honour_xon_xoff = true;
+  const std::string frame = "\x1BP0$e8E" + kEnd;
+  start = clock_.NowMs();
+  ASSERT_TRUE(Send(com_, frame));
+  EXPECT_GE(Since(start), 30);
+  EXPECT_EQ(printer_.Record().frames.back().error, kErrNone);
+  com_.Close();
+
   // At 19200 bd a 9600 bd printer hears noise.
-  ASSERT_TRUE(Open(com, "com3", 19200));
-  ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
-  EXPECT_EQ(ReadFrame(com, 300), "");
+  ASSERT_TRUE(Open(com_, "com3", 19200));
+  ASSERT_TRUE(Send(com_, "\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com_, 300), "");
   EXPECT_EQ(printer_.Record().garbled, "\x1BP#v" + kEnd);
 }
 
-TEST_F(SimPortTest, LineRateTakesVirtualTime) {
-  printer_.Faults().line_rate = true;
-  FastCom com;
-  ASSERT_TRUE(Open(com));
-  const int64_t start = clock_.NowMs();
-  ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
-  // 6 bytes out and 24 back at 1.04 ms each: the answer ends 32 ms later.
-  EXPECT_EQ(ReadFrame(com, 100), "\x1BP0#RTAVENA LUMEN/1.05" + kEnd);
-  EXPECT_GE(clock_.NowMs() - start, 32);
-  EXPECT_LT(clock_.NowMs() - start, 80);
-  EXPECT_EQ(com.OutQueue(), 0u);
-}
-
-TEST_F(SimPortTest, XoffWithoutXonOnlyPausesTheSender) {
-  printer_.Faults().xoff = true;
-  FastCom com;
-  ASSERT_TRUE(Open(com));
-  com.byte_mode = true;
-  com.honour_xon_xoff = true;
-  const std::string frame = "\x1BP0$e8E" + kEnd;
-  const int64_t start = clock_.NowMs();
-  ASSERT_TRUE(Send(com, frame));
-  EXPECT_EQ(printer_.Record().received, frame);
-  EXPECT_EQ(printer_.Record().frames.at(0).error, kErrNone);
-  EXPECT_GE(clock_.NowMs() - start, 30);
-}
-
-TEST_F(SimPortTest, ClosedLine) {
-  FastCom com;
-  printer_.Faults().close_after_frames = 1;
-  ASSERT_TRUE(Open(com));
-  ASSERT_TRUE(Send(com, "\x1BP0$e8E" + kEnd));
-  EXPECT_TRUE(printer_.LineClosed());
-  EXPECT_FALSE(Send(com, "\x05"));
-  EXPECT_EQ(com.InQueue(), 0u);
-  com.Close();
-  EXPECT_FALSE(Open(com));
-  EXPECT_EQ(com.LastOpenError(), EIO);
-}
-
-TEST_F(SimPortTest, HalfFramesFloodsAndOtherSpeedsNeverHang) {
-  const std::string identity = "\x1BP0#RTAVENA LUMEN/1.05" + kEnd;
-  FastCom com;
+TEST_F(SimPortTest, HalfFramesFloodsClosedLinesAndOtherSpeedsNeverHang) {
   // A client sends half a frame and goes away; the next one's ENQ is
   // answered once the line has been quiet for more than 2 s.
-  ASSERT_TRUE(Open(com));
-  ASSERT_TRUE(Send(com, "\x1BP0#"));
-  com.Close();
+  ASSERT_TRUE(Open(com_));
+  ASSERT_TRUE(Send(com_, "\x1BP0#"));
+  com_.Close();
   clock_.SleepMs(2100);
-  ASSERT_TRUE(Open(com));
-  ASSERT_TRUE(Send(com, "\x05\x1BP#v" + kEnd));
-  EXPECT_EQ(ReadFrame(com, 500), "\x65" + identity);
+  ASSERT_TRUE(Open(com_));
+  ASSERT_TRUE(Send(com_, "\x05\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com_, 500), "\x65" + kIdentity);
   // A megabyte of ENQs nobody reads: the answers waiting stop at 64 KiB.
-  ASSERT_TRUE(Send(com, std::string(1 << 20, '\x05')));
-  EXPECT_EQ(com.InQueue(), kSimMaxOutput);
+  ASSERT_TRUE(Send(com_, std::string(1 << 20, '\x05')));
+  EXPECT_EQ(com_.InQueue(), kSimMaxOutput);
   EXPECT_EQ(printer_.Record().received.size(), size_t{1 << 20} + 11);
-  com.Close();
+  com_.Close();
   // Three megabytes at another speed: not understood, a bounded record.
-  ASSERT_TRUE(Open(com, "com3", 19200));
+  ASSERT_TRUE(Open(com_, "com3", 19200));
   const int64_t start = clock_.NowMs();
-  ASSERT_TRUE(Send(com, std::string(3 << 20, '\x05')));
-  EXPECT_EQ(ReadFrame(com, 300), "");
-  EXPECT_LT(clock_.NowMs() - start, 1000);
+  ASSERT_TRUE(Send(com_, std::string(3 << 20, '\x05')));
+  EXPECT_EQ(ReadFrame(com_, 300), "");
+  EXPECT_LT(Since(start), 1000);
   EXPECT_LE(printer_.Record().garbled.size(), 2 * kSimRecordBytes);
   EXPECT_LE(printer_.Record().received.size(), 2 * kSimRecordBytes);
-  com.Close();
+  com_.Close();
   // At the right speed again (the open purges the old answers).
-  ASSERT_TRUE(Open(com));
-  ASSERT_TRUE(Send(com, "\x1BP#v" + kEnd));
-  EXPECT_EQ(ReadFrame(com, 500), identity);
+  ASSERT_TRUE(Open(com_));
+  ASSERT_TRUE(Send(com_, "\x1BP#v" + kEnd));
+  EXPECT_EQ(ReadFrame(com_, 500), kIdentity);
+
+  // The line closes after a frame: nothing goes out, the port cannot open.
+  printer_.Faults().close_after_frames = static_cast<int>(printer_.Record().frames.size()) + 1;
+  ASSERT_TRUE(Send(com_, "\x1BP0$e8E" + kEnd));
+  EXPECT_TRUE(printer_.LineClosed());
+  EXPECT_FALSE(Send(com_, "\x05"));
+  EXPECT_EQ(com_.InQueue(), 0u);
+  com_.Close();
+  EXPECT_FALSE(Open(com_));
+  EXPECT_EQ(com_.LastOpenError(), EIO);
 }
 
 TEST(SimPortRegistryTest, OpenerIsRemovedWithTheLastPort) {
-  VirtualClock clock;
-  ScopedClock scoped(&clock);
   SimPrinter printer(*FindSimModel("TM410"));
+  int error = 0;
   {
     auto port = std::make_unique<SimPort>("com7", printer);
     SimPort other("com8", printer);
     port.reset();
-    int error = 0;
     EXPECT_EQ(OpenSerialDevice("com7", error), nullptr);
     EXPECT_EQ(error, ENOENT);
     EXPECT_NE(OpenSerialDevice("COM8", error), nullptr);
   }
   // With no port registered, names go to the host again.
-  int error = 0;
   EXPECT_EQ(OpenSerialDevice("/nonexistent/tavena-port", error), nullptr);
   EXPECT_NE(error, 0);
 }

@@ -10,14 +10,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <string>
 #include <vector>
 
 #include "TestSupport.h"
-#include "sequence/Clock.h"
-#include "transport/Fastcom.h"
 
 extern char** environ;
 
@@ -25,10 +22,29 @@ namespace tavena {
 namespace {
 
 using Steady = std::chrono::steady_clock;
+using test::Hex;
 
 const std::string kProgram = std::string(TAVENA_BINARY_DIR) + "/sim/tavena-sim";
+const std::string kLumen = "\x1BP0#RTAVENA LUMEN/1.05\x1B\\";
 
-// The program with its standard output and error on pipes.
+// Reads fd until the text read ends with end or timeout_ms pass.
+std::string ReadUntil(int fd, const std::string& end, int timeout_ms) {
+  std::string got;
+  char buffer[4096];
+  const auto deadline = Steady::now() + std::chrono::milliseconds(timeout_ms);
+  while (Steady::now() < deadline &&
+         (got.size() < end.size() || got.compare(got.size() - end.size(), end.size(), end))) {
+    pollfd p{fd, POLLIN, 0};
+    if (poll(&p, 1, 50) <= 0) continue;
+    const ssize_t n = read(fd, buffer, end == "\n" ? 1 : sizeof buffer);
+    if (n <= 0) break;
+    got.append(buffer, static_cast<size_t>(n));
+  }
+  return got;
+}
+
+// The program with its standard output and error on pipes; Path() is the
+// first line it printed (its terminal).
 class SimProcess {
  public:
   explicit SimProcess(std::vector<std::string> args) {
@@ -49,75 +65,43 @@ class SimProcess {
     close(err[1]);
     out_ = out[0];
     err_ = err[0];
+    const std::string line = ReadUntil(out_, "\n", 5000);
+    path_ = line.substr(0, line.size() - 1);
   }
   ~SimProcess() {
     if (pid_ > 0) {
       kill(pid_, SIGKILL);
       waitpid(pid_, nullptr, 0);
     }
-    if (out_ >= 0) close(out_);
-    if (err_ >= 0) close(err_);
+    close(out_);
+    close(err_);
   }
-  bool Started() const { return pid_ > 0; }
+  const std::string& Path() const { return path_; }
   // The most memory the process has held so far, in kB (-1: unknown).
   long PeakKb() const {
     const std::string status = test::ReadFile("/proc/" + std::to_string(pid_) + "/status");
     const size_t at = status.find("VmHWM:");
     return at == std::string::npos ? -1 : std::atol(status.c_str() + at + 6);
   }
-  // The first line of standard output, waiting at most timeout_ms.
-  std::string FirstLine(int timeout_ms) {
-    std::string line;
-    char c;
-    const auto end = Steady::now() + std::chrono::milliseconds(timeout_ms);
-    while (Steady::now() < end) {
-      pollfd p{out_, POLLIN, 0};
-      if (poll(&p, 1, 50) <= 0) continue;
-      if (read(out_, &c, 1) != 1 || c == '\n') break;
-      line += c;
-    }
-    return line;
-  }
-  // Sends a signal and returns the exit status (-1 when it does not end in 5 s).
-  int Stop(int signal_number) {
-    kill(pid_, signal_number);
-    for (int i = 0; i < 500; ++i) {
+  // Sends a signal (0: none) and returns the exit status, -1 when the
+  // program does not end within 5 s.
+  int Stop(int signal_number = 0) {
+    if (signal_number) kill(pid_, signal_number);
+    for (int i = 0; i < 500; ++i, usleep(10000)) {
       int status = 0;
-      if (waitpid(pid_, &status, WNOHANG) == pid_) {
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-      }
-      usleep(10000);
+      if (waitpid(pid_, &status, WNOHANG) != pid_) continue;
+      pid_ = -1;
+      return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
     return -1;
   }
-  int Wait(int timeout_ms) {
-    for (int i = 0; i < timeout_ms / 10; ++i) {
-      int status = 0;
-      if (waitpid(pid_, &status, WNOHANG) == pid_) {
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-      }
-      usleep(10000);
-    }
-    return -1;
-  }
-  std::string ErrorText() {
-    std::string text;
-    char buffer[4096];
-    pollfd p{err_, POLLIN, 0};
-    while (poll(&p, 1, 100) > 0) {
-      const ssize_t n = read(err_, buffer, sizeof buffer);
-      if (n <= 0) break;
-      text.append(buffer, static_cast<size_t>(n));
-    }
-    return text;
-  }
+  std::string ErrorText() const { return ReadUntil(err_, std::string(1, '\0'), 300); }
 
  private:
   pid_t pid_ = -1;
   int out_ = -1;
   int err_ = -1;
+  std::string path_;
 };
 
 // A client end of the terminal, raw, like a serial port.
@@ -128,55 +112,42 @@ class Client {
     termios t{};
     if (fd_ >= 0 && tcgetattr(fd_, &t) == 0) {
       cfmakeraw(&t);
-      cfsetispeed(&t, speed);
-      cfsetospeed(&t, speed);
+      cfsetspeed(&t, speed);
       tcsetattr(fd_, TCSANOW, &t);
     }
   }
-  ~Client() {
-    if (fd_ >= 0) close(fd_);
-  }
-  bool Ok() const { return fd_ >= 0; }
+  ~Client() { close(fd_); }
   bool Send(const std::string& bytes) {
     return write(fd_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
   }
   // Sends bytes and collects the answer until it ends with end, or the time is up.
   std::string Ask(const std::string& bytes, const std::string& end, int timeout_ms = 3000) {
-    if (write(fd_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) return "";
-    std::string got;
-    const auto deadline = Steady::now() + std::chrono::milliseconds(timeout_ms);
-    while (Steady::now() < deadline &&
-           (got.size() < end.size() || got.compare(got.size() - end.size(), end.size(), end))) {
-      pollfd p{fd_, POLLIN, 0};
-      if (poll(&p, 1, 50) <= 0) continue;
-      char buffer[256];
-      const ssize_t n = read(fd_, buffer, sizeof buffer);
-      if (n > 0) got.append(buffer, static_cast<size_t>(n));
-    }
-    return got;
+    return Send(bytes) ? ReadUntil(fd_, end, timeout_ms) : "";
   }
 
  private:
   int fd_;
 };
 
-TEST(SimServerTest, ServesThePrinterOnThePrintedPath) {
-  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
+class SimServerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
+  }
+};
+
+TEST_F(SimServerTest, ServesThePrinterOnThePrintedPathAndItsLink) {
   test::TempDir dir;
   const std::string link = dir.file("printer");
   SimProcess sim({"--model", "QX-1:4", "--link", link, "--fixed-clock", "2012-05-31 23:59"});
-  ASSERT_TRUE(sim.Started());
-  const std::string path = sim.FirstLine(5000);
-  ASSERT_EQ(path.rfind("/dev/pts/", 0), 0u) << path;
+  ASSERT_EQ(sim.Path().rfind("/dev/pts/", 0), 0u) << sim.Path();
   char target[256] = {};
   ASSERT_GT(readlink(link.c_str(), target, sizeof target - 1), 0);
-  EXPECT_EQ(std::string(target), path);
-
-  // A client may close and open the port again and again.
-  for (int round = 0; round < 3; ++round) {
-    Client client(round == 1 ? link : path);
-    ASSERT_TRUE(client.Ok());
-    EXPECT_EQ(test::Hex(client.Ask("\x05", "\x65")), "65") << round;
+  EXPECT_EQ(std::string(target), sim.Path());
+  // A client may close and open the port again.
+  for (const std::string& path : {sim.Path(), link}) {
+    Client client(path);
+    EXPECT_EQ(Hex(client.Ask("\x05", "\x65")), "65");
     EXPECT_EQ(client.Ask("\x10\x1BP#v\x1B\\", "\x1B\\"), "\x74\x1BP4#RTAVENA QX-1/4.10\x1B\\");
     EXPECT_EQ(client.Ask("\x1BP0#c\x1B\\", "\x1B\\"), "\x1BP1#C12;05;31;23;59;00;A7\x1B\\");
   }
@@ -189,82 +160,47 @@ TEST(SimServerTest, ServesThePrinterOnThePrintedPath) {
   EXPECT_NE(log.find("stopped"), std::string::npos) << log;
 }
 
-TEST(SimServerTest, FastComOverThePseudoTerminal) {
-  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
-  SimProcess sim({"--model", "TM410", "--baud", "19200", "--line-rate"});
-  const std::string path = sim.FirstLine(5000);
-  ASSERT_FALSE(path.empty());
-  for (int round = 0; round < 2; ++round) {
-    FastCom com;
-    com.baud_rate = 19200;
-    ASSERT_TRUE(com.Open(path.c_str(), 1)) << com.LastOpenError();
-    ASSERT_TRUE(com.Send(iBuffer("\x05")));
-    iBuffer reply;
-    for (int i = 0; i < 100 && reply.Empty(); ++i) {
-      SleepMs(10);
-      com.ReadCount(reply, 10);
-    }
-    EXPECT_EQ(test::Hex(reply.ToString()), "65");
-    ASSERT_TRUE(com.Send(iBuffer("\x1BP#v\x1B\\")));
-    com.ReadUntil(reply, 500, "\x1B\\");
-    EXPECT_EQ(reply.ToString(), "\x1BP0#RTAVENA TM410/7.00\x1B\\");
-    EXPECT_TRUE(com.Close());
-  }
-  EXPECT_EQ(sim.Stop(SIGINT), 0);
-}
-
-// Reads path until it holds want or 3 s have passed.
-std::string WaitForFile(const std::string& path, const std::string& want) {
-  std::string got;
-  for (int i = 0; i < 300 && (got = test::ReadFile(path)) != want; ++i) usleep(10000);
-  return got;
-}
-
-TEST(SimServerTest, RecordHoldsEveryReceivedByteAsItComes) {
-  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
+TEST_F(SimServerTest, RecordHoldsEveryReceivedByteAsItComes) {
   test::TempDir dir;
   const std::string record = dir.file("record.bin");
   test::WriteFile(record, "old contents");
   SimProcess sim({"--record", record, "--quiet"});
-  const std::string path = sim.FirstLine(5000);
-  ASSERT_FALSE(path.empty());
+  ASSERT_FALSE(sim.Path().empty());
   EXPECT_EQ(test::ReadFile(record), "") << "emptied at the start";
-  std::string sent;
+  // Reads the record until it holds want or 3 s have passed.
+  const auto recorded = [&](const std::string& want) {
+    std::string got;
+    for (int i = 0; i < 300 && (got = test::ReadFile(record)) != want; ++i) usleep(10000);
+    return Hex(got);
+  };
+  std::string sent = "\x05\x1BP#v\x1B\\";
   {
-    Client client(path);
+    Client client(sim.Path());
     // Answered bytes are in the file by the time their answer is back.
-    const std::string first = "\x05\x1BP#v\x1B\\";
-    EXPECT_EQ(client.Ask(first, "\x1B\\"), "\x65\x1BP0#RTAVENA LUMEN/1.05\x1B\\");
-    sent += first;
-    EXPECT_EQ(test::Hex(test::ReadFile(record)), test::Hex(sent));
+    EXPECT_EQ(client.Ask(sent, "\x1B\\"), "\x65" + kLumen);
+    EXPECT_EQ(Hex(test::ReadFile(record)), Hex(sent));
     // Bytes the printer ignores, every byte value, half a frame: all kept, raw.
-    std::string all(256, '\0');
-    for (int i = 0; i < 256; ++i) all[static_cast<size_t>(i)] = static_cast<char>(i);
-    const std::string rest = all + "\r\n\x1BP0$e";
+    std::string rest;
+    for (int i = 0; i < 256; ++i) rest += static_cast<char>(i);
+    rest += "\r\n\x1BP0$e";
     ASSERT_TRUE(client.Send(rest));
     sent += rest;
-    EXPECT_EQ(test::Hex(WaitForFile(record, sent)), test::Hex(sent));
+    EXPECT_EQ(recorded(sent), Hex(sent));
   }
-  {
-    Client again(path);  // a second client appends to the same record
-    ASSERT_TRUE(again.Send("\x10\x10"));
-    sent += "\x10\x10";
-    EXPECT_EQ(test::Hex(WaitForFile(record, sent)), test::Hex(sent));
-  }
+  Client again(sim.Path());  // a second client appends to the same record
+  ASSERT_TRUE(again.Send("\x10\x10"));
+  sent += "\x10\x10";
+  EXPECT_EQ(recorded(sent), Hex(sent));
   EXPECT_EQ(sim.Stop(SIGTERM), 0);
-  EXPECT_EQ(test::Hex(test::ReadFile(record)), test::Hex(sent));
 
   SimProcess bad({"--record", dir.file("no-such-folder/record.bin")});
-  EXPECT_EQ(bad.Wait(5000), 1);
+  EXPECT_EQ(bad.Stop(), 1);
   EXPECT_NE(bad.ErrorText().find("tavena-sim: cannot open the record file "), std::string::npos);
 }
 
-TEST(SimServerTest, FloodsAndHalfFramesNeitherStallNorGrowThePrinter) {
-  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
+TEST_F(SimServerTest, FloodsHalfFramesAndAFullLogPipeNeitherStallNorGrowThePrinter) {
   SimProcess sim({"--quiet"});
-  const std::string path = sim.FirstLine(5000);
-  ASSERT_FALSE(path.empty());
-  Client client(path);
+  Client client(sim.Path());
   // 16 MiB of bytes the printer ignores, with ENQs whose answers nobody reads.
   const std::string chunk = std::string(65536 - 64, 'a') + std::string(64, '\x05');
   for (int i = 0; i < 256; ++i) ASSERT_TRUE(client.Send(chunk)) << i;
@@ -272,49 +208,39 @@ TEST(SimServerTest, FloodsAndHalfFramesNeitherStallNorGrowThePrinter) {
   // Before it come the 16384 answers to the flood's ENQs, all of them.
   ASSERT_TRUE(client.Send("\x1BP0#"));
   usleep(2100 * 1000);
-  const std::string identity = "\x1BP0#RTAVENA LUMEN/1.05\x1B\\";
-  const std::string got = client.Ask("\x05\x1BP#v\x1B\\", identity, 5000);
-  EXPECT_EQ(got.size(), 16385 + identity.size());
+  const std::string got = client.Ask("\x05\x1BP#v\x1B\\", kLumen, 5000);
+  EXPECT_EQ(got.size(), 16385 + kLumen.size());
   EXPECT_EQ(got.find_first_not_of('\x65'), 16385u);
-  EXPECT_EQ(got.substr(got.size() - std::min(got.size(), identity.size())), identity);
+  EXPECT_EQ(got.substr(got.size() - std::min(got.size(), kLumen.size())), kLumen);
 #if !defined(__SANITIZE_ADDRESS__)  // the sanitizer's own memory would blur the figure
   EXPECT_GT(sim.PeakKb(), 0);
   EXPECT_LT(sim.PeakKb(), 12 * 1024) << "the record of received bytes is bounded";
 #endif
   EXPECT_EQ(sim.Stop(SIGTERM), 0);
-}
 
-TEST(SimServerTest, AFullLogPipeDoesNotStallThePrinter) {
-  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
-  SimProcess sim({});  // standard error goes to a pipe this test never reads
-  const std::string path = sim.FirstLine(5000);
-  ASSERT_FALSE(path.empty());
-  Client client(path);
+  // Logging to a pipe this test never reads: about 200 kB of log lines.
+  SimProcess logging({});
+  Client talker(logging.Path());
   const std::string batch(200, '\x05');
   size_t answered = 0;
-  for (int i = 0; i < 60; ++i) {  // about 200 kB of log lines
-    const size_t got = client.Ask(batch, std::string(200, '\x65')).size();
-    answered += got;
-    if (got != batch.size()) break;  // stalled
+  for (int i = 0; i < 60; ++i) {
+    const size_t n = talker.Ask(batch, std::string(200, '\x65')).size();
+    answered += n;
+    if (n != batch.size()) break;  // stalled
   }
   EXPECT_EQ(answered, 60u * 200u);
 }
 
-TEST(SimServerTest, ClosedLineEndsTheServerAndBadOptionsAreRefused) {
-  ASSERT_EQ(access(kProgram.c_str(), X_OK), 0) << "build the tavena-sim target first";
+TEST_F(SimServerTest, ClosedLineEndsTheServerAndBadOptionsAreRefused) {
   SimProcess sim({"--close-after", "1", "--baud", "19200"});
-  const std::string path = sim.FirstLine(5000);
-  ASSERT_FALSE(path.empty());
+  ASSERT_FALSE(sim.Path().empty());
+  EXPECT_EQ(Client(sim.Path()).Ask("\x05", "\x65", 500), "");  // at 9600: not understood
   {
-    Client client(path);  // at 9600: not understood
-    EXPECT_EQ(client.Ask("\x05", "\x65", 500), "");
+    Client client(sim.Path(), B19200);
+    EXPECT_EQ(Hex(client.Ask("\x05", "\x65")), "65");
+    EXPECT_TRUE(client.Send("\x1BP0$e8E\x1B\\"));
   }
-  {
-    Client client(path, B19200);
-    EXPECT_EQ(test::Hex(client.Ask("\x05", "\x65")), "65");
-    EXPECT_EQ(client.Ask("\x1BP0$e8E\x1B\\", "", 0), "");
-  }
-  EXPECT_EQ(sim.Wait(5000), 0);
+  EXPECT_EQ(sim.Stop(), 0);
   EXPECT_NE(sim.ErrorText().find("line closed"), std::string::npos);
 
   for (const std::vector<std::string>& args : {std::vector<std::string>{"--model", "KASA"},
@@ -323,7 +249,7 @@ TEST(SimServerTest, ClosedLineEndsTheServerAndBadOptionsAreRefused) {
                                                {"--answers", "x"},
                                                {"--what"}}) {
     SimProcess bad(args);
-    EXPECT_EQ(bad.Wait(5000), 2) << args[0];
+    EXPECT_EQ(bad.Stop(), 2) << args[0];
     EXPECT_NE(bad.ErrorText().find("tavena-sim: "), std::string::npos);
   }
 }
