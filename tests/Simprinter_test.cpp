@@ -260,6 +260,8 @@ TEST_F(SimPrinterTest, ReceiptsReportsAndOtherCommands) {
   Run(*p, kErrNone, {"0$h", "1$lX\r1\rA/5.00/5.00/", "0$e"});
   EXPECT_FALSE(p->State().in_transaction);
   EXPECT_EQ(p->State().totals, (std::array<double, 7>{0, 0.30}));
+  EXPECT_DOUBLE_EQ(p->State().further_amount, 0.30);
+  EXPECT_EQ(p->State().receipts, 1);
   // A report during a receipt is refused.
   Run(*p, kErrNone, {"0$h"});
   Run(*p, kErrInTransaction, {"1;12;05;14#r"});
