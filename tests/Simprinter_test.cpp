@@ -409,6 +409,7 @@ TEST_F(SimPrinterTest, HalfFrameFloodAndLongSilenceStayBounded) {
   EXPECT_EQ(p->Available(10000), kSimMaxOutput);
   EXPECT_EQ(p->Record().dropped_output, enqs.size() - kSimMaxOutput);
   EXPECT_EQ(p->Record().enq, 200001);  // the ENQ inside the half frame was not one
+  EXPECT_EQ(log[log.size() - 2], "output full (nobody reads), 1 bytes dropped");
   // 2.5 MiB at another speed: both records keep only the newest bytes.
   p->SetClientBaud(19200);
   p->Receive(std::string(5 * kSimRecordBytes / 2, 'a') + "\x10", 10000);
