@@ -117,6 +117,17 @@ TEST_F(SimPortTest, LateAnswersLineRateXoffAndTheWrongSpeed) {
   ASSERT_TRUE(Send(com_, "\x1BP#v" + kEnd));
   EXPECT_EQ(ReadFrame(com_, 300), "");
   EXPECT_EQ(printer_.Record().garbled, "\x1BP#v" + kEnd);
+  com_.Close();
+
+  // In byte mode each byte waits until it has reached the printer: 8.3 ms at 1200 bd.
+  printer_.SetBaud(1200);
+  printer_.Faults().line_rate = true;
+  ASSERT_TRUE(Open(com_, "com3", 1200));
+  com_.byte_mode = true;
+  start = clock_.NowMs();
+  ASSERT_TRUE(Send(com_, "\x1BP0$e8E" + kEnd));
+  EXPECT_GE(Since(start), 9 * 8);
+  EXPECT_EQ(com_.OutQueue(), 0u);
 }
 
 TEST(SimPortRegistryTest, OpenerIsRemovedWithTheLastPort) {
