@@ -85,7 +85,15 @@ void SetDialogs(DialogService* service) {
 QString QtFileFilter(const QString& filter) {
   const QStringList parts = filter.split(QLatin1Char('|'));
   QStringList names;
-  for (qsizetype i = 0; i < parts.size(); i += 2) names << parts[i];
+  for (qsizetype i = 0; i < parts.size(); i += 2) {
+    QString name = parts[i];
+#ifndef _WIN32
+    // "*.*" is every file on Windows; elsewhere a file name need not have a dot.
+    if (i + 1 < parts.size() && parts[i + 1] == QLatin1String("*.*"))
+      name.replace(QLatin1String("(*.*)"), QLatin1String("(*)"));
+#endif
+    names << name;
+  }
   return names.join(QLatin1String(";;"));
 }
 

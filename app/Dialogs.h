@@ -42,7 +42,8 @@ DialogService& Dialogs();
 // Installs a service (not owned); nullptr restores the Qt dialogs.
 void SetDialogs(DialogService* service);
 
-// "Logi(*.log)|*.log|Wszystkie pliki(*.*)|*.*" -> "Logi(*.log);;Wszystkie pliki(*.*)".
+// "Logi(*.log)|*.log|Wszystkie pliki(*.*)|*.*" -> "Logi(*.log);;Wszystkie pliki(*.*)"
+// ("Wszystkie pliki(*)" outside Windows, where names need not have a dot).
 QString QtFileFilter(const QString& filter);
 
 // Shorthand for an OK box.

@@ -42,6 +42,13 @@ TEST(MonitorWindow, ShowsLinesSavesThemAsWindows1250AndClears) {
   EXPECT_EQ(dialogs.requests[0].filter,
             "Logi(*.log)|*.log|Pliki tekstowe(*.txt)|*.txt|Wszystkie pliki(*.*)|*.*");
   EXPECT_EQ(dialogs.requests[0].title, "Zapis pliku na dysk.");
+#ifdef _WIN32
+  const char* every_file = "Wszystkie pliki(*.*)";
+#else
+  const char* every_file = "Wszystkie pliki(*)";  // also names without a dot
+#endif
+  EXPECT_EQ(QtFileFilter(dialogs.requests[0].filter),
+            QStringLiteral("Logi(*.log);;Pliki tekstowe(*.txt);;") + every_file);
   EXPECT_EQ(dialogs.requests[0].file_name, "Listing.log");
   EXPECT_EQ(dialogs.requests[0].folder, "");
   EXPECT_EQ(ReadFile(dir.file("out.log")),
