@@ -2,6 +2,7 @@
 // header, report, receipt-test, fiscalise, send, status. Each opens the
 // port, does its exchange and closes it again.
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <map>
 #include <memory>
 
@@ -70,6 +71,17 @@ bool Connect(CliContext& ctx, Drukarka& d, int& code) {
   if (d.Open()) return true;
   code = FailUtf8(ctx, kExitPrinter, CannotOpen(ctx, d.com.LastOpenError()));
   return false;
+}
+
+// Opens the port, runs work on the open printer and closes the port again;
+// the result is work's exit code.
+int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work) {
+  Drukarka d;
+  int code;
+  if (!Connect(ctx, d, code)) return code;
+  code = work(d);
+  d.Close();
+  return code;
 }
 
 int NoAnswer(CliContext& ctx) {
@@ -203,17 +215,8 @@ std::vector<std::string> DleLines(int s) {
   return lines;
 }
 
-int RunControlByte(CliContext& ctx, char which) {
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  if (which == 'b') {
-    const bool sent = d.SendBEL();
-    d.Close();
-    return sent ? kExitDone : NoAnswer(ctx);
-  }
-  const int s = which == 'e' ? d.QueryENQ() : d.QueryDLE();
-  d.Close();
+// The byte in hex and its interpretation lines.
+int ShowControlByte(CliContext& ctx, char which, int s) {
   if (!NoCommunication(s)) {
     char byte[8];
     std::snprintf(byte, sizeof byte, "0x%02X", s & 0xFF);
@@ -221,6 +224,13 @@ int RunControlByte(CliContext& ctx, char which) {
   }
   for (const std::string& line : which == 'e' ? EnqBitTexts(s) : DleLines(s)) PrintLine(ctx, line);
   return NoCommunication(s) ? kExitPrinter : kExitDone;
+}
+
+int RunControlByte(CliContext& ctx, char which) {
+  return WithPrinter(ctx, [&](Drukarka& d) {
+    if (which == 'b') return d.SendBEL() ? kExitDone : NoAnswer(ctx);
+    return ShowControlByte(ctx, which, which == 'e' ? d.QueryENQ() : d.QueryDLE());
+  });
 }
 
 // ---- clock ----
@@ -239,21 +249,17 @@ int RunClock(CliContext& ctx, const ClockOptions& o) {
     const LocalTime now = CurrentClock().Local();
     t = DateTimeValue{now.year, now.month, now.day, now.hour, now.minute, now.second};
   }
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  code = kExitDone;
-  if (o.set_system || !o.set.empty()) {
-    d.SetClock(t.year, t.month, t.day, t.hour, t.minute, t.second);
-    SleepMs(100);
-    code = Confirm(ctx, d);
-  }
-  const std::string clock = d.ReadClock();
-  const bool read = d.LastReadOk();
-  d.Close();
-  ctx.out << clock << '\n';
-  if (code != kExitDone) return code;
-  return read ? kExitDone : NoAnswer(ctx);
+  return WithPrinter(ctx, [&](Drukarka& d) {
+    int code = kExitDone;
+    if (o.set_system || !o.set.empty()) {
+      d.SetClock(t.year, t.month, t.day, t.hour, t.minute, t.second);
+      SleepMs(100);
+      code = Confirm(ctx, d);
+    }
+    ctx.out << d.ReadClock() << '\n';
+    if (code != kExitDone) return code;
+    return d.LastReadOk() ? kExitDone : NoAnswer(ctx);
+  });
 }
 
 // ---- vat ----
@@ -269,9 +275,7 @@ std::vector<std::string> SplitCommas(const std::string& text) {
 
 int ShowVatRates(CliContext& ctx, Drukarka& d) {
   const std::string rates = d.ReadStatus(23, kStatusRates);
-  const bool read = d.LastReadOk();
-  d.Close();
-  if (!read || rates.size() < 5) return NoAnswer(ctx);
+  if (!d.LastReadOk() || rates.size() < 5) return NoAnswer(ctx);
   size_t start = 0;
   for (int i = 0; i < kVatRateCount; ++i) {
     const size_t semi = rates.find(';', start);
@@ -287,15 +291,13 @@ int RunVat(CliContext& ctx, const std::string& set) {
   std::string message;
   if (!set.empty() && !CheckVatRates(SplitCommas(Utf8ToCp1250(set)), rates, message))
     return Fail(ctx, kExitUsage, message);
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  if (set.empty()) return ShowVatRates(ctx, d);
-  d.ReadIdentity(1);  // the wire form of the rates depends on the subtype
-  d.SetVatRates(rates);
-  code = Confirm(ctx, d);
-  d.Close();
-  if (code == kExitDone)
+  const int code = WithPrinter(ctx, [&](Drukarka& d) {
+    if (set.empty()) return ShowVatRates(ctx, d);
+    d.ReadIdentity(1);  // the wire form of the rates depends on the subtype
+    d.SetVatRates(rates);
+    return Confirm(ctx, d);
+  });
+  if (code == kExitDone && !set.empty())
     PrintLine(ctx, Msg("Potwierdź na drukarce. Jeśli drukarka nic nie robi,\nto stawki już zostały "
                        "zaprogramowane wcześniej\nw identycznej wysokości. Wtedy naciśnij OK",
                        "Confirm on the printer. If the printer does nothing,\nthe rates have "
@@ -343,32 +345,25 @@ int RunHeader(CliContext& ctx, const HeaderOptions& o) {
   for (int i = 0; i < kHeaderLines; ++i)
     lines.push_back(HeaderLine{
         h.lines[i], (h.large[i] ? kHeaderDoubleWidth : 0) | (h.centre[i] ? kHeaderCentre : 0)});
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  d.SetHeader(lines);
-  code = ConfirmAndSay(ctx, d);
-  d.Close();
-  return code;
+  return WithPrinter(ctx, [&](Drukarka& d) {
+    d.SetHeader(lines);
+    return ConfirmAndSay(ctx, d);
+  });
 }
 
 // ---- report ----
 
 int RunDailyReport(CliContext& ctx) {
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  const std::string clock = d.ReadClock();
-  DateTimeValue date;
-  std::string message;
-  if (!d.LastReadOk() || !CheckDailyReportDate(clock, CurrentClock().Local(), date, message)) {
-    d.Close();
-    return d.LastReadOk() ? Fail(ctx, kExitPrinter, message) : NoAnswer(ctx);
-  }
-  d.ReportByNumber(1, ToPrinterDate(date));
-  code = ConfirmAndSay(ctx, d);
-  d.Close();
-  return code;
+  return WithPrinter(ctx, [&](Drukarka& d) {
+    const std::string clock = d.ReadClock();
+    if (!d.LastReadOk()) return NoAnswer(ctx);
+    DateTimeValue date;
+    std::string message;
+    if (!CheckDailyReportDate(clock, CurrentClock().Local(), date, message))
+      return Fail(ctx, kExitPrinter, message);
+    d.ReportByNumber(1, ToPrinterDate(date));
+    return ConfirmAndSay(ctx, d);
+  });
 }
 
 struct PeriodOptions {
@@ -384,21 +379,15 @@ int RunPeriodicReport(CliContext& ctx, const PeriodOptions& o) {
       !ParseDateTime(Utf8ToCp1250(o.to), false, to, message) ||
       !CheckPeriodDates(from, to, message))
     return Fail(ctx, kExitUsage, message);
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  d.PeriodicReport(ToPrinterDate(from), ToPrinterDate(to), o.param);
-  code = ConfirmAndSay(ctx, d);
-  d.Close();
-  return code;
+  return WithPrinter(ctx, [&](Drukarka& d) {
+    d.PeriodicReport(ToPrinterDate(from), ToPrinterDate(to), o.param);
+    return ConfirmAndSay(ctx, d);
+  });
 }
 
 // ---- receipt-test ----
 
 int RunReceiptTest(CliContext& ctx) {
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
   SaleLineRecord sale;
   sale.number = 1;
   sale.name = "Towar testowy 1gr";
@@ -411,12 +400,12 @@ int RunReceiptTest(CliContext& ctx) {
   end.lines = {"Stopka 1", "Stopka 2", "Stopka 3", ""};
   end.amount1 = 0.01;
   end.amount2 = 0.01;
-  d.ParamCommandDollarH(0);
-  d.SaleLine(sale);
-  d.EndTransaction(end);
-  code = ConfirmAndSay(ctx, d);
-  d.Close();
-  return code;
+  return WithPrinter(ctx, [&](Drukarka& d) {
+    d.ParamCommandDollarH(0);
+    d.SaleLine(sale);
+    d.EndTransaction(end);
+    return ConfirmAndSay(ctx, d);
+  });
 }
 
 // ---- fiscalise ----
@@ -424,28 +413,29 @@ int RunReceiptTest(CliContext& ctx) {
 int RunFiscalise(CliContext& ctx, const std::string& nip_utf8) {
   const std::string nip = Utf8ToCp1250(nip_utf8);
   if (CheckNip(nip) != 1) return Fail(ctx, kExitUsage, NipFormatMessage());
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  const char kind = FiscalDeviceKind(d.ReadIdentity(1));
-  const std::string clock = d.LastReadOk() ? d.ReadClock() : std::string();
-  DateTimeValue date;
-  std::string message;
-  if (!d.LastReadOk() || clock.size() < 11 ||
-      !ParseDateTime(clock.substr(0, 10), false, date, message)) {
-    d.Close();
-    return Fail(ctx, kExitPrinter,
-                Msg("Brak odczytanej daty z drukarki.", "No date has been read from the printer."));
-  }
-  d.ReportByNumber(1, ToPrinterDate(date));
-  SleepMs(300);
-  if ((code = Confirm(ctx, d)) == kExitDone) {
-    d.Fiscalise(0, nip);
+  char kind = 0;
+  std::string mode;
+  const int code = WithPrinter(ctx, [&](Drukarka& d) {
+    kind = FiscalDeviceKind(d.ReadIdentity(1));
+    const std::string clock = d.LastReadOk() ? d.ReadClock() : std::string();
+    DateTimeValue date;
+    std::string message;
+    if (!d.LastReadOk() || clock.size() < 11 ||
+        !ParseDateTime(clock.substr(0, 10), false, date, message))
+      return Fail(
+          ctx, kExitPrinter,
+          Msg("Brak odczytanej daty z drukarki.", "No date has been read from the printer."));
+    d.ReportByNumber(1, ToPrinterDate(date));
     SleepMs(300);
-    code = Confirm(ctx, d);
-  }
-  const std::string mode = code == kExitDone ? d.ReadStatus(0, kStatusFiscal) : std::string();
-  d.Close();
+    int result = Confirm(ctx, d);
+    if (result == kExitDone) {
+      d.Fiscalise(0, nip);
+      SleepMs(300);
+      result = Confirm(ctx, d);
+    }
+    if (result == kExitDone) mode = d.ReadStatus(0, kStatusFiscal);
+    return result;
+  });
   if (code != kExitDone) return code;
   if (mode.empty() || mode[0] != '1')
     return FailUtf8(ctx, kExitPrinter,
@@ -467,36 +457,31 @@ int RunSend(CliContext& ctx, const std::string& file, int block) {
   if (!stream.LoadFromFile(NativePath(file)))
     return Fail(ctx, kExitUsage,
                 Msg("Podany plik jest pusty lub brak pliku.", "The file is empty or missing."));
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  SendProgress progress(ctx.out, ctx.terminal, stream.Length());
-  progress.Update(0);
-  d.stream_progress = [&progress](size_t done, size_t) {
-    progress.Update(static_cast<int64_t>(done));
-  };
-  const bool sent = d.SendStreamConfirmed(stream, block);
-  progress.Finish();
-  d.Close();
-  if (!sent)
-    return Fail(ctx, kExitPrinter,
-                Msg("Nie udało sie wysłać sekwencji.", "The sequence could not be sent."));
-  ctx.out << MsgUtf8("Wysłano bajtów: ", "Bytes sent: ") << stream.Length() << '\n';
-  return kExitDone;
+  return WithPrinter(ctx, [&](Drukarka& d) {
+    SendProgress progress(ctx.out, ctx.terminal, stream.Length());
+    progress.Update(0);
+    d.stream_progress = [&progress](size_t done, size_t) {
+      progress.Update(static_cast<int64_t>(done));
+    };
+    const bool sent = d.SendStreamConfirmed(stream, block);
+    progress.Finish();
+    if (!sent)
+      return Fail(ctx, kExitPrinter,
+                  Msg("Nie udało sie wysłać sekwencji.", "The sequence could not be sent."));
+    ctx.out << MsgUtf8("Wysłano bajtów: ", "Bytes sent: ") << stream.Length() << '\n';
+    return kExitDone;
+  });
 }
 
 // ---- status ----
 
 int RunStatus(CliContext& ctx, int parameter, int selector) {
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  const std::string text = d.ReadStatus(parameter, selector);
-  const bool read = d.LastReadOk();
-  d.Close();
-  if (!read) return NoAnswer(ctx);
-  PrintLine(ctx, text);
-  return kExitDone;
+  return WithPrinter(ctx, [&](Drukarka& d) {
+    const std::string text = d.ReadStatus(parameter, selector);
+    if (!d.LastReadOk()) return NoAnswer(ctx);
+    PrintLine(ctx, text);
+    return kExitDone;
+  });
 }
 
 template <typename Options>
