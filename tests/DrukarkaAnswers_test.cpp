@@ -36,6 +36,9 @@ TEST(DrukarkaAnswersTest, IdentityModelsTypesAndTexts) {
       {"\x1bP1#RTAVEWA MERIDO X/5.0\x1b\\", 0, 0, "TAVENA MERIDO QP51KZ", "5.0"},
       // No end mark: the rest is the version.
       {"1#RTAVENA LUMEN/9.9", 1, 0, "TAVENA LUMEN", "9.9"},
+      // No "/" (or "/" first): type read, empty name and version.
+      {"\x1bP1#RTAVENA LUMEN 1.05\x1b\\", 1, 0, "", ""},
+      {"\x1bP1#R/1.0\x1b\\", 0, 0, "", ""},
   };
   for (const Case& c : cases) {
     const IdentityAnswer id = ParseIdentity(c.answer);
@@ -45,32 +48,28 @@ TEST(DrukarkaAnswersTest, IdentityModelsTypesAndTexts) {
     EXPECT_EQ(id.name, c.name) << c.answer;
     EXPECT_EQ(id.version, c.version) << c.answer;
   }
-  // No "/" (or "/" first): type read, empty name and version.
-  IdentityAnswer id = ParseIdentity("\x1bP1#RTAVENA LUMEN 1.05\x1b\\");
-  EXPECT_TRUE(id.has_command);
-  EXPECT_EQ(id.type_code, 1);
-  EXPECT_EQ(id.name, "");
-  EXPECT_EQ(id.version, "");
-  EXPECT_EQ(ParseIdentity("\x1bP1#R/1.0\x1b\\").name, "");
   // "#R" missing or at the very start: nothing at all.
-  EXPECT_FALSE(ParseIdentity("#RTAVENA LUMEN/1").has_command);
-  EXPECT_FALSE(ParseIdentity("\x1bPTAVENA LUMEN/1\x1b\\").has_command);
-  EXPECT_FALSE(ParseIdentity("").has_command);
+  for (const char* none : {"#RTAVENA LUMEN/1", "\x1bPTAVENA LUMEN/1\x1b\\", ""})
+    EXPECT_FALSE(ParseIdentity(none).has_command) << none;
   // 39 characters at most, both parts.
   const std::string long_name(50, 'N'), long_version(45, 'V');
-  id = ParseIdentity("1#R" + long_name + "/" + long_version + "\x1b\\");
+  const IdentityAnswer id = ParseIdentity("1#R" + long_name + "/" + long_version + "\x1b\\");
   EXPECT_EQ(id.name, std::string(39, 'N'));
   EXPECT_EQ(id.version, std::string(39, 'V'));
 }
 
 TEST(DrukarkaAnswersTest, ClockYearsAndDefault) {
-  EXPECT_EQ(ParseClock("\x1bP1#C12;5;31;23;59\x1b\\"), "2012-05-31 23:59");
-  EXPECT_EQ(ParseClock("1#C49;1;2;3;4"), "2049-01-02 03:04");
-  EXPECT_EQ(ParseClock("1#C50;1;2;3;4"), "1950-01-02 03:04");
-  EXPECT_EQ(ParseClock("1#C0;12;31;0;0"), "2000-12-31 00:00");
-  EXPECT_EQ(ParseClock("1#C12/05/31 7:08"), "2012-05-31 07:08");  // any non-digit ends a number
-  EXPECT_EQ(ParseClock("\x1bP1#c\x1b\\"), kClockDefault);
-  EXPECT_EQ(ParseClock(""), "1980-01-01 00:00");
+  const std::pair<const char*, const char*> cases[] = {
+      {"\x1bP1#C12;5;31;23;59\x1b\\", "2012-05-31 23:59"},
+      {"1#C49;1;2;3;4", "2049-01-02 03:04"},
+      {"1#C50;1;2;3;4", "1950-01-02 03:04"},
+      {"1#C0;12;31;0;0", "2000-12-31 00:00"},
+      {"1#C12/05/31 7:08", "2012-05-31 07:08"},  // any non-digit ends a number
+      {"\x1bP1#c\x1b\\", "1980-01-01 00:00"},
+      {"", "1980-01-01 00:00"},
+  };
+  for (const auto& [answer, clock] : cases) EXPECT_EQ(ParseClock(answer), clock) << answer;
+  EXPECT_EQ(std::string(kClockDefault), "1980-01-01 00:00");
 }
 
 // A status answer in the printer's field forms.
@@ -151,19 +150,23 @@ TEST(DrukarkaAnswersTest, StatusRulesForResetsYearsAndRates) {
 }
 
 TEST(DrukarkaAnswersTest, FirstReportDateInText) {
-  int y = 0, m = 0, d = 0;
-  ASSERT_TRUE(FindReportDate("\x1bP2#R12;05;14;8C\x1b\\", y, m, d));
-  EXPECT_EQ(y * 10000 + m * 100 + d, 20120514);
-  ASSERT_TRUE(FindReportDate("2#R99;12;31;", y, m, d));
-  EXPECT_EQ(y * 10000 + m * 100 + d, 19991231);
-  EXPECT_FALSE(FindReportDate("\x1bP2#R8C\x1b\\", y, m, d));  // no report yet
-  EXPECT_FALSE(FindReportDate("2#R12;13;14;", y, m, d));
-  ASSERT_TRUE(FindReportDate("RAPORT DOBOWY\r\nNr 1 2012-05-14 09:00\r\n", y, m, d));
-  EXPECT_EQ(y * 10000 + m * 100 + d, 20120514);
-  ASSERT_TRUE(FindReportDate("od 14.05.2012", y, m, d));
-  EXPECT_EQ(y * 10000 + m * 100 + d, 20120514);
-  EXPECT_FALSE(FindReportDate("2012-13-01 12;05;14 2012-05/14 112012-05-14 1899-01-01", y, m, d));
-  EXPECT_FALSE(FindReportDate("", y, m, d));
+  const std::pair<const char*, int> cases[] = {
+      {"\x1bP2#R12;05;14;8C\x1b\\", 20120514},
+      {"2#R99;12;31;", 19991231},
+      {"RAPORT DOBOWY\r\nNr 1 2012-05-14 09:00\r\n", 20120514},
+      {"od 14.05.2012", 20120514},
+      {"\x1bP2#R8C\x1b\\", 0},  // no report yet
+      {"2#R12;13;14;", 0},
+      {"2012-13-01 12;05;14 2012-05/14 112012-05-14 1899-01-01", 0},
+      {"", 0},
+  };
+  for (const auto& [text, date] : cases) {
+    int y = 0, m = 0, d = 0;
+    EXPECT_EQ(FindReportDate(text, y, m, d), date != 0) << text;
+    if (date != 0) {
+      EXPECT_EQ(y * 10000 + m * 100 + d, date) << text;
+    }
+  }
 }
 
 TEST(DrukarkaAnswersTest, PrinterErrorTable) {

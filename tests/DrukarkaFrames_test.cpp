@@ -20,57 +20,6 @@
 namespace tavena {
 namespace {
 
-using test::Hex;
-
-// What the scripted device saw and will answer. Each write takes the next
-// reply (if any) and delivers it delay_ms later.
-struct Script {
-  std::vector<std::string> writes;
-  std::deque<std::string> replies;
-  int delay_ms = 20;
-  std::deque<std::pair<int64_t, char>> out;
-
-  size_t Arrived() const {
-    size_t n = 0;
-    while (n < out.size() && out[n].first <= NowMs()) ++n;
-    return n;
-  }
-};
-
-class ScriptedDevice : public SerialDevice {
- public:
-  explicit ScriptedDevice(std::shared_ptr<Script> script) : s_(std::move(script)) {}
-  bool Purge(uint32_t) override {
-    s_->out.clear();
-    return true;
-  }
-  bool ClearErrors(uint32_t& in_queue, uint32_t& out_queue) override {
-    in_queue = static_cast<uint32_t>(s_->Arrived());
-    out_queue = 0;
-    return true;
-  }
-  bool Read(uint8_t* dest, uint32_t max, uint32_t& got) override {
-    got = 0;
-    for (size_t n = s_->Arrived(); got < max && n > 0; --n, ++got) {
-      dest[got] = static_cast<uint8_t>(s_->out.front().second);
-      s_->out.pop_front();
-    }
-    return true;
-  }
-  bool Write(const uint8_t* bytes, uint32_t n, uint32_t& written) override {
-    s_->writes.emplace_back(reinterpret_cast<const char*>(bytes), n);
-    written = n;
-    if (!s_->replies.empty()) {
-      for (const char c : s_->replies.front()) s_->out.emplace_back(NowMs() + s_->delay_ms, c);
-      s_->replies.pop_front();
-    }
-    return true;
-  }
-
- private:
-  std::shared_ptr<Script> s_;
-};
-
 class RecordingMonitor : public MonitorSink {
  public:
   void AppendLine(const std::string& line) override { lines.push_back(line); }
@@ -79,10 +28,13 @@ class RecordingMonitor : public MonitorSink {
 
 class DrukarkaFramesTest : public ::testing::Test {
  protected:
+  // Each write takes the next reply (if any), which arrives delay_ms later.
   void SetUp() override {
-    SetSerialOpener([s = script_](const std::string&, int&) {
-      return std::unique_ptr<SerialDevice>(new ScriptedDevice(s));
-    });
+    serial_.state->on_write = [this](const std::string&) {
+      if (!replies_.empty()) serial_.state->arrivals.emplace(NowMs() + delay_ms_, replies_.front());
+      if (!replies_.empty()) replies_.pop_front();
+      return std::string();
+    };
     printer_.SetPort("com3", 9600);
     printer_.SetLabels("L1", "L2");
     printer_.monitor = &monitor_;
@@ -91,16 +43,35 @@ class DrukarkaFramesTest : public ::testing::Test {
   }
   void TearDown() override {
     printer_.Close();
-    SetSerialOpener({});
     MessageLanguage = 0;
   }
-  int64_t Elapsed() const { return NowMs() - start_; }
-  void Reply(const std::string& bytes) { script_->replies.push_back(bytes); }
-  const std::vector<std::string>& Writes() const { return script_->writes; }
+  // Time since the last lap (or the set-up); starts the next lap.
+  int64_t Lap() {
+    const int64_t lap = NowMs() - start_;
+    start_ = NowMs();
+    return lap;
+  }
+  void Reply(const std::string& bytes) { replies_.push_back(bytes); }
+  // Each write since the last ClearWrites().
+  std::vector<std::string> Writes() const {
+    std::vector<std::string> out;
+    size_t at = 0;
+    for (const uint32_t size : serial_.state->write_sizes) {
+      out.push_back(serial_.state->written.substr(at, size));
+      at += size;
+    }
+    return out;
+  }
+  void ClearWrites() {
+    serial_.state->written.clear();
+    serial_.state->write_sizes.clear();
+  }
 
   VirtualClock clock_;
   ScopedClock scoped_{&clock_};
-  std::shared_ptr<Script> script_ = std::make_shared<Script>();
+  test::ScopedFakeSerial serial_;
+  std::deque<std::string> replies_;
+  int delay_ms_ = 20;
   RecordingMonitor monitor_;
   test::ScopedWine wine_{false};  // one write per record, also in the Windows suite
   Drukarka printer_;
@@ -112,11 +83,10 @@ TEST_F(DrukarkaFramesTest, FramesOnTheWire) {
   ASSERT_TRUE(printer_.SendFramed("0$e"));
   ASSERT_TRUE(printer_.SendFramedNoSum("#v"));
   ASSERT_TRUE(printer_.SendFramed("\xB9"));  // 'ą' in Windows-1250
-  ASSERT_EQ(Writes().size(), 4u);
-  EXPECT_EQ(Writes()[0], "\x1bP0#e89\x1b\\");
-  EXPECT_EQ(Writes()[1], "\x1bP0$e8E\x1b\\");
-  EXPECT_EQ(Writes()[2], "\x1bP#v\x1b\\");
-  EXPECT_EQ(Hex(Writes()[3]), "1B 50 86 37 39 1B 5C");
+  EXPECT_EQ(Writes(),
+            (std::vector<std::string>{"\x1bP0#e89\x1b\\", "\x1bP0$e8E\x1b\\", "\x1bP#v\x1b\\",
+                                      "\x1bP\x86"
+                                      "79\x1b\\"}));
   // The monitor shows the frames in Windows-1250, in Polish by default.
   ASSERT_EQ(monitor_.lines.size(), 4u);
   EXPECT_EQ(monitor_.lines[0], "<com3><L1,L2> Zapytanie: \x1bP0#e89\x1b\\");
@@ -132,34 +102,28 @@ TEST_F(DrukarkaFramesTest, FramesOnTheWire) {
 TEST_F(DrukarkaFramesTest, ControlBytesLastByteAndWaits) {
   Reply("\x6C");
   EXPECT_EQ(printer_.QueryENQ(), 0x6C);
-  EXPECT_EQ(Elapsed(), 20);  // four 5 ms polls, the answer came after 20 ms
+  EXPECT_EQ(Lap(), 20);  // four 5 ms polls, the answer came after 20 ms
   EXPECT_EQ(Writes().back(), "\x05");
 
   Reply("\x61\x62\x68");
   EXPECT_EQ(printer_.QueryENQ(), 0x68);  // several bytes: the last counts
-
-  start_ = NowMs();
+  Lap();
   EXPECT_EQ(printer_.QueryENQ(), -1);  // no answer: 300 polls of 5 ms
-  EXPECT_EQ(Elapsed(), 1500);
-
-  script_->delay_ms = 25;
+  EXPECT_EQ(Lap(), 1500);
+  delay_ms_ = 25;
   Reply("\x74");
-  start_ = NowMs();
   EXPECT_EQ(printer_.QueryDLE(), 0x74);
-  EXPECT_EQ(Elapsed(), 30);  // 10 ms polls
+  EXPECT_EQ(Lap(), 30);  // 10 ms polls
   EXPECT_EQ(Writes().back(), "\x10");
-
-  start_ = NowMs();
   EXPECT_EQ(printer_.QueryDLE(), -1);  // 80 polls of 10 ms
-  EXPECT_EQ(Elapsed(), 800);
+  EXPECT_EQ(Lap(), 800);
 
   Reply("\x80");
   EXPECT_EQ(printer_.QueryENQ(), -128);  // read as a signed byte: no communication
 
-  const size_t writes = Writes().size();
+  ClearWrites();
   EXPECT_TRUE(printer_.SendBEL());
-  EXPECT_EQ(Writes().size(), writes + 1);
-  EXPECT_EQ(Writes().back(), "\x07");
+  EXPECT_EQ(Writes(), std::vector<std::string>{"\x07"});
 }
 
 // The communication log file of a port (on Windows the folder may have
@@ -225,31 +189,27 @@ TEST_F(DrukarkaFramesTest, FramedAnswers) {
 
   Reply("\x1bP1#C12;05;31;23;59;00;\x1b\\");
   EXPECT_EQ(printer_.ReadClock(), "2012-05-31 23:59");
-  EXPECT_EQ(Writes().back(), "\x1bP0#c\x1b\\");
-  EXPECT_EQ(printer_.ReadClock(), "1980-01-01 00:00");
-  EXPECT_FALSE(printer_.LastReadOk());
+  EXPECT_TRUE(printer_.LastReadOk());
 }
 
 TEST_F(DrukarkaFramesTest, QueryTimeOutsAndFailedReads) {
   // Silence: each query waits its own time and gives its default.
   EXPECT_EQ(printer_.ReadClock(), "1980-01-01 00:00");
-  EXPECT_EQ(Elapsed(), 200);
-  start_ = NowMs();
-  EXPECT_EQ(printer_.ReadStatus(0, 1), "");
-  EXPECT_EQ(Elapsed(), 1000);
   EXPECT_FALSE(printer_.LastReadOk());
-  start_ = NowMs();
+  EXPECT_EQ(Lap(), 200);
+  EXPECT_EQ(printer_.ReadStatus(0, 1), "");
+  EXPECT_EQ(Lap(), 1000);
   EXPECT_EQ(printer_.ReadIdentity(1), "");
-  EXPECT_EQ(Elapsed(), 2000);
+  EXPECT_EQ(Lap(), 2000);
   EXPECT_EQ(Writes(),
             (std::vector<std::string>{"\x1bP0#c\x1b\\", "\x1bP0#s\x1b\\", "\x1bP#v\x1b\\"}));
 
   // A status answer cut off before its end mark is no answer, also raw.
-  Reply("\x1bP1#X0;1;0;0;0;5;12;5;31;");
-  EXPECT_EQ(printer_.ReadStatus(0, 1), "");
-  EXPECT_FALSE(printer_.LastReadOk());
-  Reply("\x1bP1#X0;1;0;0;0;5;12;5;31;");
-  EXPECT_EQ(printer_.ReadStatus(22, 1), "");
+  for (const int parameter : {0, 22}) {
+    Reply("\x1bP1#X0;1;0;0;0;5;12;5;31;");
+    EXPECT_EQ(printer_.ReadStatus(parameter, 1), "");
+    EXPECT_FALSE(printer_.LastReadOk());
+  }
   // Parameter 22 gives the whole answer as it came, end mark included.
   Reply("\x1bP1#X0;1;0;0;0;5;12;5;31;\x1b\\");
   EXPECT_EQ(printer_.ReadStatus(22, 1), "\x1bP1#X0;1;0;0;0;5;12;5;31;\x1b\\");
@@ -291,12 +251,11 @@ TEST_F(DrukarkaFramesTest, StreamBlocksCutAfterFrameEnds) {
   // Below the limit: one block and one ENQ.
   Reply("\x6C");
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2), 100));
-  ASSERT_EQ(Writes().size(), 1u);
-  EXPECT_EQ(Writes()[0], kF1 + kF2 + "\x05");
+  EXPECT_EQ(Writes(), std::vector<std::string>{kF1 + kF2 + "\x05"});
 
   // Limit 15: the first frame end that takes the count over 15 ends the
   // block, so the block holds two frames (20 bytes).
-  script_->writes.clear();
+  ClearWrites();
   Reply("\x6C");
   Reply("\x6C");
   std::vector<std::pair<size_t, size_t>> progress;
@@ -304,22 +263,18 @@ TEST_F(DrukarkaFramesTest, StreamBlocksCutAfterFrameEnds) {
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2 + kF3), 15));
   printer_.stream_progress = nullptr;
   EXPECT_EQ(progress, (std::vector<std::pair<size_t, size_t>>{{20, 30}, {30, 30}}));
-  ASSERT_EQ(Writes().size(), 2u);
-  EXPECT_EQ(Writes()[0], kF1 + kF2 + "\x05");
-  EXPECT_EQ(Writes()[1], kF3 + "\x05");
+  EXPECT_EQ(Writes(), (std::vector<std::string>{kF1 + kF2 + "\x05", kF3 + "\x05"}));
 
   // A stream without a frame end goes whole; one byte left over after the
   // last cut is not sent; a one-byte stream sends nothing.
-  script_->writes.clear();
+  ClearWrites();
   Reply("\x6C");
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(std::string("ABC")), 2));
   Reply("\x6C");
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1 + "Z"), 5));
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(std::string("Q")), 5));
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(), 5));
-  ASSERT_EQ(Writes().size(), 2u);
-  EXPECT_EQ(Writes()[0], "ABC\x05");
-  EXPECT_EQ(Writes()[1], kF1 + "\x05");
+  EXPECT_EQ(Writes(), (std::vector<std::string>{"ABC\x05", kF1 + "\x05"}));
 }
 
 TEST_F(DrukarkaFramesTest, StreamConfirmationAnswers) {
@@ -327,30 +282,27 @@ TEST_F(DrukarkaFramesTest, StreamConfirmationAnswers) {
   Reply("\x4C");
   Reply("\x6C");
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1), 5));
-  ASSERT_EQ(Writes().size(), 2u);
-  EXPECT_EQ(Writes()[1], "\x05");
+  EXPECT_EQ(Writes(), (std::vector<std::string>{kF1 + "\x05", "\x05"}));
 
   // 0x68: bit 2 clear, the stream stops at the first block.
-  script_->writes.clear();
+  ClearWrites();
   Reply("\x68");
   EXPECT_FALSE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2), 5));
   EXPECT_EQ(Writes().size(), 1u);
 
   // Silence: the waits double from 10 ms until the 5000 ms are used up.
-  script_->writes.clear();
-  start_ = NowMs();
+  ClearWrites();
+  Lap();
   EXPECT_FALSE(printer_.SendStreamConfirmed(iBuffer(kF1 + kF2), 5));
-  EXPECT_EQ(Elapsed(), 10 + 20 + 40 + 80 + 160 + 320 + 640 + 1280 + 2560);
+  EXPECT_EQ(Lap(), 10 + 20 + 40 + 80 + 160 + 320 + 640 + 1280 + 2560);
   EXPECT_EQ(Writes().size(), 1u);
 
   // An answer after 1 s arrives within the doubling waits: 10..640 ms
   // sleeps end at 1270 ms, when it is read.
-  script_->writes.clear();
-  script_->delay_ms = 1000;
+  delay_ms_ = 1000;
   Reply("\x6C");
-  start_ = NowMs();
   EXPECT_TRUE(printer_.SendStreamConfirmed(iBuffer(kF1), 5));
-  EXPECT_EQ(Elapsed(), 1270);
+  EXPECT_EQ(Lap(), 1270);
 }
 
 }  // namespace
