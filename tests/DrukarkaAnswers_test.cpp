@@ -83,10 +83,8 @@ TEST(DrukarkaAnswersTest, StatusFieldByField) {
   ASSERT_TRUE(ParseStatus(StatusAnswer("<12;12;5;31;", "23.00/8.00/5.00/0.00/101.00/101.00/100,00/",
                                        "57;100.00/20.00/3.00/0.00/7.50/1.25/ABC12345678"),
                           r));
-  EXPECT_EQ(FormatStatusField(r, kStatusF0), "0");
-  EXPECT_EQ(FormatStatusField(r, kStatusFiscal), "1");
-  EXPECT_EQ(FormatStatusField(r, kStatusF2), "2");
-  EXPECT_EQ(FormatStatusField(r, kStatusF3), "3");
+  for (const int f : {kStatusF0, kStatusFiscal, kStatusF2, kStatusF3})
+    EXPECT_EQ(FormatStatusField(r, f), std::to_string(f));
   EXPECT_EQ(r.f4, 4);
   EXPECT_EQ(FormatStatusField(r, kStatusResets), "-1");
   EXPECT_EQ(FormatStatusField(r, kStatusLastRecord), "2012-05-31");
@@ -113,7 +111,8 @@ TEST(DrukarkaAnswersTest, StatusFieldByField) {
 
 TEST(DrukarkaAnswersTest, StatusRulesForResetsYearsAndRates) {
   StatusRecord r;
-  // Plain resets; year 50 is 2050 here (the clock reads it as 1950); 99 is 1999.
+  // Plain resets; year 50 is 2050 here (the clock reads it as 1950); 99 is
+  // 1999.
   ASSERT_TRUE(ParseStatus(StatusAnswer("12;50;1;2;", "23.00/8.00/5.00/0.00/100.00/101.00/0.00/",
                                        "0;1/2/3/4/5/6/ABCDEFGHIJKLMN"),
                           r));

@@ -119,7 +119,8 @@ TEST_F(DrukarkaFramesTest, ControlBytesLastByteAndWaits) {
   EXPECT_EQ(Lap(), 800);
 
   Reply("\x80");
-  EXPECT_EQ(printer_.QueryENQ(), -128);  // read as a signed byte: no communication
+  EXPECT_EQ(printer_.QueryENQ(),
+            -128);  // read as a signed byte: no communication
 
   ClearWrites();
   EXPECT_TRUE(printer_.SendBEL());

@@ -27,7 +27,8 @@ TEST(FiscalbiblioTest, ClockBodiesAndRangeRefusals) {
   EXPECT_EQ(ClockBody(2012, 5, 31, 23, 59, 0).value(), "12;5;31;23;59;0$c");
   EXPECT_EQ(ClockBody(1999, 1, 1, 0, 0, 0).value(), "99;1;1;0;0;0$c");
   EXPECT_EQ(ClockBody(2000, 12, 31, 0, 60, 60).value(), "0;12;31;0;60;60$c");
-  EXPECT_EQ(ClockBody(7, 1, 1, 0, 0, 0).value(), "7;1;1;0;0;0$c");  // already two digits
+  EXPECT_EQ(ClockBody(7, 1, 1, 0, 0, 0).value(),
+            "7;1;1;0;0;0$c");  // already two digits
   const int refused[][6] = {{2100, 1, 1, 0, 0, 0},  {1899, 1, 1, 0, 0, 0},  {2012, 0, 1, 0, 0, 0},
                             {2012, 13, 1, 0, 0, 0}, {2012, 1, 0, 0, 0, 0},  {2012, 1, 32, 0, 0, 0},
                             {2012, 1, 1, 24, 0, 0}, {2012, 1, 1, -1, 0, 0}, {2012, 1, 1, 0, 61, 0},
