@@ -65,7 +65,7 @@ class DrukarkaSimTest : public ::testing::Test {
   test::ScopedWine wine_{false};
 };
 
-TEST_F(DrukarkaSimTest, IdentityOfEachModel) {
+TEST_F(DrukarkaSimTest, IdentityAndSearchOfEachModel) {
   struct Case {
     const char* model;
     int type, subtype;
@@ -89,6 +89,20 @@ TEST_F(DrukarkaSimTest, IdentityOfEachModel) {
     EXPECT_EQ(bench.printer.ReadIdentity(2), c.version) << c.model;
     EXPECT_EQ(bench.printer.type_code, c.type) << c.model;
     EXPECT_EQ(bench.printer.subtype, c.subtype) << c.model;
+    for (const int baud : {9600, 19200}) {
+      Bench found(c.model, baud);
+      std::string port = "com5";
+      int32_t speed = baud;
+      EXPECT_EQ(found.printer.FindPrinter(port, speed, 0, false), kFindPrinter)
+          << c.model << " " << baud;
+      EXPECT_EQ(found.printer.type_code, c.type) << c.model;
+      EXPECT_EQ(port + std::to_string(speed), "com5" + std::to_string(baud));
+      EXPECT_FALSE(found.printer.com.IsOpen());
+    }
+    if (c.type == 0) continue;
+    Bench typed(c.model);  // the probe of its own type finds it too
+    EXPECT_EQ(typed.FindTyped(c.type), kFindPrinter) << c.model;
+    EXPECT_EQ(typed.printer.type_code, c.type) << c.model;
   }
   // A device that does not answer: empty texts, type unchanged.
   Bench copy("EJ-COPY");
@@ -134,16 +148,15 @@ TEST_F(DrukarkaSimTest, StatusFieldByField) {
   s.fiscal = true;
   ASSERT_TRUE(bench.printer.Open());
   Drukarka& p = bench.printer;
-  EXPECT_EQ(p.ReadStatus(0, 1), "1");
-  EXPECT_EQ(bench.LastFrame().body, "0#s");
-  EXPECT_EQ(p.ReadStatus(0, 4), "-1");
-  EXPECT_EQ(p.ReadStatus(0, 5), "2050-01-02");
-  EXPECT_EQ(p.ReadStatus(23, 6), "23.00;8.00;5.00;0.00;-1;-1;zw;");
-  EXPECT_EQ(bench.LastFrame().body, "23#s");
-  EXPECT_EQ(p.ReadStatus(0, 7), "4");
-  EXPECT_EQ(p.ReadStatus(23, 8), "100.00;20.00;3.50;0.00;0.00;0.00;7.25;");
-  EXPECT_EQ(p.ReadStatus(0, 9), "130.75");
-  EXPECT_EQ(p.ReadStatus(0, 10), "BLM01000017");
+  std::string fields, bodies;
+  for (const int selector : {1, 4, 5, 6, 7, 8, 9, 10}) {
+    fields += p.ReadStatus(selector == 6 || selector == 8 ? 23 : 0, selector) + "|";
+    bodies += bench.LastFrame().body + " ";
+  }
+  EXPECT_EQ(fields,
+            "1|-1|2050-01-02|23.00;8.00;5.00;0.00;-1;-1;zw;|4|"
+            "100.00;20.00;3.50;0.00;0.00;0.00;7.25;|130.75|BLM01000017|");
+  EXPECT_EQ(bodies, "0#s 0#s 0#s 23#s 0#s 23#s 0#s 0#s ");
   EXPECT_EQ(p.ReadStatus(0, 11).size(), kStatusRawSize);
   EXPECT_EQ(p.LastStatus().resets, -1);
   // Parameter 22 and selectors outside 0..11 give the answer as it came.
@@ -265,41 +278,6 @@ TEST_F(DrukarkaSimTest, FillStatusFieldsSilentAndFailingHalfWay) {
   EXPECT_EQ(half.Frames(), 4u);
 }
 
-TEST_F(DrukarkaSimTest, FindPrinterEachModelAtBothSpeeds) {
-  struct Case {
-    const char* model;
-    int type;
-  };
-  const Case cases[] = {{"LUMEN", 1},  {"SOLIDA", 2}, {"SOLIDA EJ", 3}, {"QX-1", 4},
-                        {"QX-1TR", 6}, {"TM410", 7},  {"MERIDO", 0}};
-  for (const int baud : {9600, 19200}) {
-    for (const Case& c : cases) {
-      Bench bench(c.model, baud);
-      std::string port = "com5";
-      int32_t speed = baud;
-      EXPECT_EQ(bench.printer.FindPrinter(port, speed, 0, false), kFindPrinter)
-          << c.model << " " << baud;
-      EXPECT_EQ(bench.printer.type_code, c.type) << c.model;
-      EXPECT_EQ(port + std::to_string(speed), "com5" + std::to_string(baud));
-      EXPECT_FALSE(bench.printer.com.IsOpen());
-      if (c.type == 0 || baud != 9600) continue;
-      Bench typed(c.model);  // the probe of its own type finds it too
-      EXPECT_EQ(typed.FindTyped(c.type), kFindPrinter) << c.model;
-      EXPECT_EQ(typed.printer.type_code, c.type) << c.model;
-    }
-  }
-  // Long mode: the answer holds only the unique number, but the printer
-  // answered the status probe, so it is a printer.
-  Bench long_mode("SOLIDA EJ");
-  int32_t speed = 4800;  // raised to 9600
-  const int64_t start = NowMs();
-  EXPECT_EQ(long_mode.FindTyped(3, true, &speed), kFindPrinter);
-  EXPECT_EQ(speed, 9600);
-  EXPECT_EQ(long_mode.sim().Record().frames[0].body, "&dBD");
-  EXPECT_EQ(long_mode.sim().Record().unique_requests, 1);
-  EXPECT_GE(NowMs() - start, 5000);
-}
-
 TEST_F(DrukarkaSimTest, FindPrinterOtherOutcomes) {
   struct Lines : MonitorSink {
     void AppendLine(const std::string& line) override { all.push_back(line); }
@@ -339,6 +317,17 @@ TEST_F(DrukarkaSimTest, FindPrinterOtherOutcomes) {
   size_t at = 0;
   for (const std::string& l : lines.all) at += at < wanted.size() && l == wanted[at];
   EXPECT_EQ(at, wanted.size());
+
+  // Long mode: the answer holds only the unique number, but the printer
+  // answered the status probe, so it is a printer.
+  Bench long_mode("SOLIDA EJ");
+  int32_t speed = 4800;  // raised to 9600
+  const int64_t long_start = NowMs();
+  EXPECT_EQ(long_mode.FindTyped(3, true, &speed), kFindPrinter);
+  EXPECT_EQ(speed, 9600);
+  EXPECT_EQ(long_mode.sim().Record().frames[0].body, "&dBD");
+  EXPECT_EQ(long_mode.sim().Record().unique_requests, 1);
+  EXPECT_GE(NowMs() - long_start, 5000);
 }
 
 TEST_F(DrukarkaSimTest, FindPrinterProbeBytesAndRhythm) {
