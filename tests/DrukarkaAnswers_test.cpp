@@ -106,8 +106,7 @@ TEST(DrukarkaAnswersTest, StatusFieldByField) {
 
 TEST(DrukarkaAnswersTest, StatusRulesForResetsYearsAndRates) {
   StatusRecord r;
-  // Plain resets; year 50 is 2050 here (the clock reads it as 1950); 99 is
-  // 1999.
+  // Plain resets; year 50 is 2050 here (the clock reads it as 1950).
   ASSERT_TRUE(ParseStatus(StatusAnswer("12;50;1;2;", "23.00/8.00/5.00/0.00/100.00/101.00/0.00/",
                                        "0;1/2/3/4/5/6/ABCDEFGHIJKLMN"),
                           r));

@@ -118,9 +118,8 @@ TEST_F(DrukarkaFramesTest, ControlBytesLastByteAndWaits) {
   EXPECT_EQ(printer_.QueryDLE(), -1);  // 80 polls of 10 ms
   EXPECT_EQ(Lap(), 800);
 
-  Reply("\x80");
-  EXPECT_EQ(printer_.QueryENQ(),
-            -128);  // read as a signed byte: no communication
+  Reply("\x80");  // read as a signed byte: no communication
+  EXPECT_EQ(printer_.QueryENQ(), -128);
 
   ClearWrites();
   EXPECT_TRUE(printer_.SendBEL());
