@@ -87,12 +87,16 @@ class CorePrinterLink : public PrinterLink {
 #endif
   }
 
- private:
-  void ShowAnswer() {
+  Drukarka& Printer() override {
+    return printer_;
+  }
+
+  void ShowAnswer() override {
     if (answer_form_ && answer_form_->HasControl("Answer"))
       answer_form_->SetText("Answer", Displayable(printer_.answer));
   }
 
+ private:
   Drukarka printer_;
   UsbClass usb_;
   FormFields* answer_form_ = nullptr;

@@ -6,6 +6,8 @@
 #include <QMessageBox>
 #include <QStringList>
 
+#include "windows/Editdatetime.h"
+
 namespace tavena {
 
 namespace {
@@ -56,6 +58,11 @@ class QtDialogService : public DialogService {
     const QColor chosen = QColorDialog::getColor(colour, parent);
     if (chosen.isValid()) colour = chosen;
     return chosen.isValid();
+  }
+
+  std::optional<QString> EditDateTime(TEditDateTimeForm& dialog, const DateTimeRequest& request,
+                                      const DateTimeAccept& accept) override {
+    return dialog.Execute(request, accept);
   }
 
  private:

@@ -6,11 +6,14 @@
 #include <QColor>
 #include <QFont>
 #include <QString>
+#include <functional>
 #include <optional>
 
 class QWidget;
 
 namespace tavena {
+
+class TEditDateTimeForm;
 
 enum class MessageButtons { kOk, kOkCancel };
 
@@ -22,6 +25,15 @@ struct FileDialogRequest {
   QString folder;
   QString file_name;
 };
+
+// The date/time dialog: a prompt, a date-only mode and a pre-filled text.
+struct DateTimeRequest {
+  QString prompt;
+  bool date_only = false;
+  QString text;
+};
+// Decides, given the entered text, whether the dialog closes.
+using DateTimeAccept = std::function<bool(const QString& text)>;
 
 class DialogService {
  public:
@@ -36,6 +48,12 @@ class DialogService {
   // Edit font or colour in place; answer false (and leave it) on Cancel.
   virtual bool ChooseFont(QWidget* parent, QFont& font) = 0;
   virtual bool ChooseColour(QWidget* parent, QColor& colour) = 0;
+  // Shows the date/time dialog modally. "Zapisz" hands the text to accept
+  // (when set) and closes when it answers true; the answer is the text that
+  // closed it, or nothing after "Przerwij".
+  virtual std::optional<QString> EditDateTime(TEditDateTimeForm& dialog,
+                                              const DateTimeRequest& request,
+                                              const DateTimeAccept& accept) = 0;
 };
 
 DialogService& Dialogs();

@@ -8,11 +8,12 @@
 #include <QWidget>
 
 #include "app/Texts.h"
+#include "windows/Baseform.h"
 
 namespace tavena {
 
 QString ControlText(QWidget* form, const QString& name) {
-  QWidget* control = form->findChild<QWidget*>(name);
+  QWidget* control = FindControl(form, name);
   if (auto* edit = qobject_cast<QLineEdit*>(control)) return edit->text();
   if (auto* label = qobject_cast<QLabel*>(control)) return label->text();
   if (auto* button = qobject_cast<QAbstractButton*>(control)) return button->text();
@@ -22,7 +23,7 @@ QString ControlText(QWidget* form, const QString& name) {
 }
 
 void SetControlText(QWidget* form, const QString& name, const QString& text) {
-  QWidget* control = form->findChild<QWidget*>(name);
+  QWidget* control = FindControl(form, name);
   if (auto* edit = qobject_cast<QLineEdit*>(control)) {
     edit->setText(text);
     edit->setCursorPosition(0);
@@ -38,7 +39,7 @@ void SetControlText(QWidget* form, const QString& name, const QString& text) {
 }
 
 QWidget* WidgetFields::Find(const std::string& name) const {
-  return form_->findChild<QWidget*>(QString::fromStdString(name));
+  return FindControl(form_, QString::fromStdString(name));
 }
 
 bool WidgetFields::HasControl(const std::string& name) const {

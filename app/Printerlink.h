@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "protocol/Drukarka.h"
 #include "protocol/Formsink.h"
 
 namespace tavena {
@@ -23,6 +24,10 @@ struct PortEntry {
 class PrinterLink {
  public:
   virtual ~PrinterLink() = default;
+  // The printer object every operation talks through.
+  virtual Drukarka& Printer() = 0;
+  // Shows the printer object's last answer in the attached form.
+  virtual void ShowAnswer() = 0;
   // Looks for a printer starting from port and baud, which it may change.
   // 1 = found, 2 = an electronic-journal copy device instead, other = none.
   virtual int FindPrinter(std::string& port, int32_t& baud) = 0;

@@ -34,6 +34,8 @@ std::unique_ptr<TTavenaForm> CreateWindows(std::unique_ptr<PrinterLink> link,
   w.compile_list = new TCompileListForm(owner);
   w.serial_ports = new TSerialPortsForm(owner);
   w.about = new TAboutForm(owner);
+  for (QObject* child : owner->children())
+    if (auto* window = qobject_cast<TBaseForm*>(child)) window->SetPrinterAccess(owner);
   main->SetWindows(w);
   return main;
 }

@@ -3,6 +3,8 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStatusBar>
+#include <QTimer>
 #include <algorithm>
 #include <cctype>
 
@@ -102,6 +104,46 @@ TTavenaForm::TTavenaForm(std::unique_ptr<PrinterLink> link, std::string settings
   CreateFonts(Settings());
   ConnectHandlers();
   MarkNotBuilt();
+  LinkLabelsToFields();
+}
+
+// Each field is reachable under its label's text (screen readers, tests
+// that drive the window from outside); display fields are read-only.
+void TTavenaForm::LinkLabelsToFields() {
+  const std::pair<QLabel*, QWidget*> pairs[] = {
+      {ui->Label1, ui->ComboCom},      {ui->Label2, ui->Baud},
+      {ui->Label3, ui->ETypDrukarki},  {ui->Label4, ui->EWersjaSoftu},
+      {ui->Label5, ui->EFiskalny},     {ui->Label6, ui->ENumerPF},
+      {ui->Label7, ui->ECzasDrukarki}, {ui->Label8, ui->EIloscZerowan},
+      {ui->Label9, ui->EOstatniZapis}, {ui->Label10, ui->EDataPierwszegoRD},
+      {ui->Label11, ui->Answer},       {ui->Label12, ui->HCount},
+      {ui->Label19, ui->ENIP},         {ui->Label20, ui->Label15}};
+  for (const auto& [label, field] : pairs) {
+    label->setBuddy(field);
+    field->setAccessibleName(label->text().remove(QLatin1Char('&')).remove(QLatin1Char(':')));
+  }
+  for (int n = 1; n <= 8; ++n) {
+    const QString line = FromUtf8(" %1").arg(n);
+    FindControl(this, QStringLiteral("Line%1").arg(n))
+        ->setAccessibleName(FromUtf8("Nagłówek") + line);
+    FindControl(this, QStringLiteral("BLine%1").arg(n))
+        ->setAccessibleName(ui->Label17->text() + line);
+    FindControl(this, QStringLiteral("CLine%1").arg(n))
+        ->setAccessibleName(ui->Label18->text() + line);
+  }
+  for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'}) {
+    const QString suffix = QStringLiteral(" %1").arg(letter);
+    const std::pair<QLabel*, QString> columns[] = {{ui->Label13, QStringLiteral("EVat%1")},
+                                                   {ui->Label14, QStringLiteral("ETot%1")},
+                                                   {ui->Label16, QStringLiteral("E_Vat%1")}};
+    for (const auto& [label, name] : columns)
+      FindControl(this, name.arg(letter))->setAccessibleName(label->text() + suffix);
+  }
+  for (const QString& name : ShadedDisplays() + QStringList{"EIloscZerowan", "EOstatniZapis",
+                                                            "EDataPierwszegoRD", "Answer"})
+    FindControl<QLineEdit>(this, name)->setReadOnly(true);
+  for (const char letter : {'A', 'B', 'C', 'D', 'E', 'F', 'G'})
+    FindControl<QLineEdit>(this, QStringLiteral("ETot%1").arg(letter))->setReadOnly(true);
 }
 
 TTavenaForm::~TTavenaForm() = default;
@@ -161,14 +203,18 @@ QString TTavenaForm::Caption() const {
   return windowTitle();
 }
 
+void TTavenaForm::ExchangeDone() {
+  link_->ShowAnswer();
+}
+
 void TTavenaForm::ApplyFonts() {
-  for (const QString& name : InfoControls()) ApplyFont(findChild<QWidget*>(name), Fonts().info);
+  for (const QString& name : InfoControls()) ApplyFont(FindControl(this, name), Fonts().info);
   for (const QString& name : ShadedDisplays()) {
-    QWidget* control = findChild<QWidget*>(name);
+    QWidget* control = FindControl(this, name);
     ApplyFont(control, Fonts().info);
     ApplyBackground(control, kDisplayBackground);
   }
-  for (const QString& name : EditControls()) ApplyFont(findChild<QWidget*>(name), Fonts().edit);
+  for (const QString& name : EditControls()) ApplyFont(FindControl(this, name), Fonts().edit);
 }
 
 void TTavenaForm::FormShow() {
@@ -177,16 +223,34 @@ void TTavenaForm::FormShow() {
   FillSpeedBox();
   link_->Attach(windows_.listing, &fields_);
   SeekComClick();
-  ConnectPrinter();
-  ShowCurrentPort();
   RestoreMainPlace();
+  // The search waits for the printer: it starts once the window is painted,
+  // and the window's messages are pumped through every wait.
+  QTimer::singleShot(0, this, &TTavenaForm::FinishStartUp);
+}
+
+void TTavenaForm::FinishStartUp() {
+  ShowStatus(FromUtf8("Szukam drukarki: %1, %2 bodów").arg(FromCp1250(portName)).arg(baudRate));
+  ConnectPrinter();
+  if (closing_) return;
+  ShowCurrentPort();
+  ShowStatus(
+      ui->ETypDrukarki->text().isEmpty()
+          ? FromUtf8("Nie znaleziono drukarki. Wybierz port i prędkość.")
+          : FromUtf8("Drukarka: %1, %2").arg(ui->ETypDrukarki->text(), FromCp1250(portName)));
   ui->Label15->setText(FromCp1250(Settings().pod_path + Settings().pod_file));
   ShowKeptWindows();
+  emit StartUpFinished();
+}
+
+void TTavenaForm::ShowStatus(const QString& text) {
+  statusBar()->showMessage(text);
+  if (isVisible()) repaint();
 }
 
 void TTavenaForm::FillSpeedBox() {
   ui->Baud->clear();
-  ui->Baud->setPlaceholderText(Tr("Prędkość"));
+  ui->Baud->setPlaceholderText(FromUtf8("Prędkość"));
   ui->Baud->addItems({"9600", "19200", "38400"});
   ui->Baud->setCurrentIndex(-1);
   ApplyFont(ui->Baud, Fonts().info);
@@ -213,12 +277,13 @@ void TTavenaForm::ShowKeptWindows() {
 // The port list: a simulated printer first, then what the host offers.
 void TTavenaForm::SeekComClick() {
   if (searching) {
-    ShowMessage(this, Tr("Wywołanie ponowne procedury przeszukującej porty szeregowe."), Caption());
+    ShowMessage(this, FromUtf8("Wywołanie ponowne procedury przeszukującej porty szeregowe."),
+                Caption());
     return;
   }
   searching = true;
   ui->ComboCom->clear();
-  ui->ComboCom->setPlaceholderText(Tr("Porty"));
+  ui->ComboCom->setPlaceholderText(FromUtf8("Porty"));
   ApplyFont(ui->ComboCom, Fonts().info);
   if (!simulated_port_.empty())
     ui->ComboCom->addItem(FromCp1250("Drukarka symulowana " + simulated_port_));
@@ -229,13 +294,13 @@ void TTavenaForm::SeekComClick() {
 
 void TTavenaForm::FillPortList() {
   if (link_->UnderWine()) {
-    ShowMessage(this, Tr(kWineAdvice), Tr("Informacja."));
+    ShowMessage(this, FromUtf8(kWineAdvice), FromUtf8("Informacja."));
     AddSimulatedPorts();
     return;
   }
   const std::vector<PortEntry> ports = link_->ListPorts();
   if (ports.empty()) {
-    ShowMessage(this, Tr(kNoPorts), Tr("Brak portów szeregowych."));
+    ShowMessage(this, FromUtf8(kNoPorts), FromUtf8("Brak portów szeregowych."));
     AddSimulatedPorts();
     return;
   }
@@ -293,10 +358,12 @@ void TTavenaForm::ConnectPrinter() {
   const std::string remembered_port = portName;
   const int32_t remembered_baud = baudRate;
   const int result = link_->FindPrinter(portName, baudRate);
+  if (closing_) return;
   if (result == 1) {
     ReportFound();
   } else if (result == 2) {
-    ShowMessage(this, Tr("Znaleziono podłączoną Kopię Elektroniczną.\nProszę wybrać port ręcznie."),
+    ShowMessage(this,
+                FromUtf8("Znaleziono podłączoną Kopię Elektroniczną.\nProszę wybrać port ręcznie."),
                 Caption());
   } else {
     portName = remembered_port;
@@ -323,17 +390,17 @@ void TTavenaForm::ReportFound() {
   const int number = PortNumberOf(portName.c_str());
   link_->FillStatusFields(fields_, portName, baudRate);
   if (number < 0) {
-    ShowMessage(this,
-                Tr("Drukarki nie znaleziono. Proszę podłaczyć drukarkę\ni wybrać port w menu."),
-                Tr("Komunikat o błędzie"));
+    ShowMessage(
+        this, FromUtf8("Drukarki nie znaleziono. Proszę podłaczyć drukarkę\ni wybrać port w menu."),
+        FromUtf8("Komunikat o błędzie"));
     ShowFiscalControls(false);
     return;
   }
-  ui->AktualnyCom->setText(link_->IsUsbPort(portName) ? Tr("Tavena USB  ")
-                                                      : Tr("%1 bodów ").arg(baudRate));
-  isFiscal = ui->EFiskalny->text().contains(Tr("fiskalny"));
+  ui->AktualnyCom->setText(link_->IsUsbPort(portName) ? FromUtf8("Tavena USB  ")
+                                                      : FromUtf8("%1 bodów ").arg(baudRate));
+  isFiscal = ui->EFiskalny->text().contains(FromUtf8("fiskalny"));
   const QString type = ui->ETypDrukarki->text().toUpper();
-  deviceKind = type.contains(Tr("QX-1")) || type.contains(Tr(" EJ")) ? '2' : '1';
+  deviceKind = type.contains(FromUtf8("QX-1")) || type.contains(FromUtf8(" EJ")) ? '2' : '1';
   ShowFiscalControls(isFiscal);
   link_->Attach(windows_.listing, &fields_);
 }
@@ -393,7 +460,7 @@ void TTavenaForm::Koniec1Click() {
 
 void TTavenaForm::Oprogramie1Click() {
   if (!windows_.about || windows_.about->isVisible()) return;
-  windows_.about->SetText(Tr("Program serwisowy do drukarek TAVENA."));
+  windows_.about->SetText(FromUtf8("Program serwisowy do drukarek TAVENA."));
   windows_.about->show();
 }
 
@@ -435,8 +502,14 @@ bool TTavenaForm::FormCloseQuery() {
   return true;
 }
 
+// Closing while the printer is busy ends the exchange's waits, so the run
+// ends at once instead of after the search.
 void TTavenaForm::FormClose() {
   SaveMainPlace();
+  if (!PrinterBusy()) return;
+  closing_ = true;
+  if (abandon_waits_) abandon_waits_();
+  QCoreApplication::quit();
 }
 
 }  // namespace tavena

@@ -3,10 +3,12 @@
 // and the menus that reach every other window.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "app/Formfields.h"
+#include "app/Printeraccess.h"
 #include "app/Printerlink.h"
 #include "windows/Baseform.h"
 
@@ -45,7 +47,7 @@ struct AppWindows {
   TAboutForm* about = nullptr;
 };
 
-class TTavenaForm : public TBaseForm {
+class TTavenaForm : public TBaseForm, public PrinterAccess {
   Q_OBJECT
 
  public:
@@ -67,6 +69,16 @@ class TTavenaForm : public TBaseForm {
   char DeviceKind() const { return deviceKind; }
   std::string SettingsPath() const { return settings_folder_ + "config.tav"; }
   FormFields& Fields() { return fields_; }
+
+  // PrinterAccess: the one printer object, lent to every window.
+  Drukarka& Printer() override { return link_->Printer(); }
+  bool PrinterBusy() const override { return busy || searching; }
+  void SetPrinterBusy(bool on) override { busy = on; }
+  void ExchangeDone() override;
+
+  // Called when the user closes the window while the printer is busy: the
+  // waits of the exchange under way end at once (set by the program).
+  void SetAbandonWaits(std::function<void()> abandon) { abandon_waits_ = std::move(abandon); }
 
   void ConnectPrinter();
   void ShowFiscalControls(bool fiscal);
@@ -97,12 +109,19 @@ class TTavenaForm : public TBaseForm {
   void SerialPorts1Click();
   void Opisbdw1Click();
 
+ signals:
+  // The printer search and fill of the start-up have ended.
+  void StartUpFinished();
+
  protected:
   void FormShow() override;
   bool FormCloseQuery() override;
   void FormClose() override;
 
  private:
+  void FinishStartUp();
+  void ShowStatus(const QString& text);
+  void LinkLabelsToFields();
   void ConnectHandlers();
   void MarkNotBuilt();
   void ClearStateFlags();
@@ -125,6 +144,8 @@ class TTavenaForm : public TBaseForm {
   WidgetFields fields_;
   AppWindows windows_;
   std::string simulated_port_;
+  std::function<void()> abandon_waits_;
+  bool closing_ = false;
 
   std::string portName;
   int32_t baudRate = 9600;

@@ -16,8 +16,8 @@ inline std::string ToCp1250(const QString& text) {
   return Utf8ToCp1250(text.toStdString());
 }
 
-// A UTF-8 source literal as a window text.
-inline QString Tr(const char* utf8) {
+// A UTF-8 source literal as a Qt string.
+inline QString FromUtf8(const char* utf8) {
   return QString::fromUtf8(utf8);
 }
 

@@ -1,15 +1,22 @@
 // tavena-service: the service program's entry point.
 //   --simulate [MODEL]  start the simulated printer and connect to it
 //   --port PORT         look for the printer on PORT at start-up (default com1)
-//   --screenshot DIR    after start-up save the main window and the monitor
-//                       as PNG files into DIR and quit (for the docs)
+//   --screenshot DIR    save the screen while the printer is looked for, then
+//                       after start-up the main window and the monitor, as PNG
+//                       files into DIR and quit (for the docs); settings come
+//                       from and go to a throw-away folder
+//   --close-after MS    close the main window MS ms after it is shown, as the
+//                       user would (for tests)
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QScreen>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <cstdio>
 #include <cstring>
 
+#include "app/Abandonclock.h"
 #include "app/Coreprinterlink.h"
 #include "app/Settings.h"
 #include "app/Simulator.h"
@@ -25,7 +32,10 @@ const char* const kUsage =
     "                      and connect to it\n"
     "  --port PORT         look for the printer on PORT at start-up (/dev/ttyUSB0, com3;\n"
     "                      default com1)\n"
-    "  --screenshot DIR    after start-up save main-window.png and monitor.png into DIR, quit\n"
+    "  --screenshot DIR    save searching.png (the screen during the printer search), then\n"
+    "                      main-window.png and monitor.png into DIR and quit; the user's\n"
+    "                      settings are neither read nor written\n"
+    "  --close-after MS    close the main window MS milliseconds after it is shown\n"
     "  -h, --help          print this help\n";
 
 struct Options {
@@ -35,6 +45,7 @@ struct Options {
   QString model;
   QString screenshot_folder;
   QString port;
+  int close_after_ms = -1;
 };
 
 Options ParseOptions(const QStringList& arguments) {
@@ -56,6 +67,11 @@ Options ParseOptions(const QStringList& arguments) {
         options.screenshot_folder = arguments[++i];
       else
         options.error = QStringLiteral("--screenshot needs a folder");
+    } else if (argument == QLatin1String("--close-after")) {
+      bool ok = false;
+      if (has_value) options.close_after_ms = arguments[++i].toInt(&ok);
+      if (!ok || options.close_after_ms < 0)
+        options.error = QStringLiteral("--close-after needs milliseconds");
     } else if (argument == QLatin1String("-h") || argument == QLatin1String("--help")) {
       options.help = true;
     } else if (options.error.isEmpty()) {
@@ -63,6 +79,13 @@ Options ParseOptions(const QStringList& arguments) {
     }
   }
   return options;
+}
+
+// What is on the screen, as the user sees it.
+void SaveScreen(const QString& folder, const QString& name) {
+  QDir().mkpath(folder);
+  if (QScreen* screen = QGuiApplication::primaryScreen())
+    screen->grabWindow(0).save(folder + QLatin1Char('/') + name);
 }
 
 void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
@@ -98,10 +121,16 @@ int main(int argc, char** argv) {
     return options.help ? 0 : 2;
   }
   // The C library opens file names in the system's 8-bit code page.
+  QTemporaryDir scratch;
   const std::string folder =
-      tavena::SettingsFolder(QFile::encodeName(QApplication::applicationDirPath()).toStdString());
+      options.screenshot_folder.isEmpty()
+          ? tavena::SettingsFolder(
+                QFile::encodeName(QApplication::applicationDirPath()).toStdString())
+          : QFile::encodeName(scratch.path()).toStdString() + "/";
   tavena::ReadMessageLanguage(folder);
   tavena::SetPumpHook([] { QCoreApplication::processEvents(); });
+  tavena::AbandonClock clock(tavena::CurrentClock());
+  tavena::ScopedClock scoped_clock(&clock);
 
   tavena::SimulatorProcess simulator;
   if (options.simulate) {
@@ -116,16 +145,18 @@ int main(int argc, char** argv) {
       tavena::CreateWindows(tavena::MakeCorePrinterLink(), folder);
   if (!options.port.isEmpty()) main->SetStartPort(options.port.toStdString());
   if (options.simulate) main->SetSimulatedPort(simulator.Path());
-  // Shown from the event loop, so that closing the window during the
-  // printer search ends the program.
-  QTimer::singleShot(0, main.get(), [&] {
-    main->show();
-    if (options.screenshot_folder.isEmpty()) return;
-    QTimer::singleShot(500, main.get(), [&] {
+  main->SetAbandonWaits([&clock] { clock.Abandon(); });
+  if (!options.screenshot_folder.isEmpty()) {
+    QTimer::singleShot(1000, main.get(),
+                       [&] { SaveScreen(options.screenshot_folder, "searching.png"); });
+    QObject::connect(main.get(), &tavena::TTavenaForm::StartUpFinished, main.get(), [&] {
       SaveScreenshots(*main, options.screenshot_folder);
       main->close();
     });
-  });
+  }
+  if (options.close_after_ms >= 0)
+    QTimer::singleShot(options.close_after_ms, main.get(), [&] { main->close(); });
+  main->show();
   const int code = app.exec();
   tavena::SetPumpHook(nullptr);
   return code;

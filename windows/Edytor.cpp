@@ -6,6 +6,7 @@ namespace tavena {
 
 TEdytorForm::TEdytorForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TEdytorForm) {
   ui->setupUi(this);
+  KeepPlaceIn(&Settings().edit);
 }
 
 TEdytorForm::~TEdytorForm() = default;

@@ -6,6 +6,7 @@ namespace tavena {
 
 TEdytorSeqForm::TEdytorSeqForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TEdytorSeqForm) {
   ui->setupUi(this);
+  KeepPlaceIn(&Settings().edit_seq);
 }
 
 TEdytorSeqForm::~TEdytorSeqForm() = default;

@@ -14,6 +14,7 @@ namespace tavena {
 
 TListingForm::TListingForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TListingForm) {
   ui->setupUi(this);
+  KeepPlaceIn(&Settings().list);
   connect(ui->Koniec1, &QAction::triggered, this, &TListingForm::Koniec1Click);
   connect(ui->Zapisz1, &QAction::triggered, this, &TListingForm::Zapisz1Click);
   connect(ui->Wyczy1, &QAction::triggered, this, &TListingForm::Wyczy1Click);
@@ -46,14 +47,14 @@ void TListingForm::Koniec1Click() {
 
 void TListingForm::Zapisz1Click() {
   const FileDialogRequest request{
-      Tr("Logi(*.log)|*.log|Pliki tekstowe(*.txt)|*.txt|Wszystkie pliki(*.*)|*.*"),
-      Tr("Zapis pliku na dysk."), FromCp1250(Settings().list_path), Tr("Listing.log")};
+      FromUtf8("Logi(*.log)|*.log|Pliki tekstowe(*.txt)|*.txt|Wszystkie pliki(*.*)|*.*"),
+      FromUtf8("Zapis pliku na dysk."), FromCp1250(Settings().list_path), FromUtf8("Listing.log")};
   const std::optional<QString> path = Dialogs().SaveFile(this, request);
   if (!path) return;
   Settings().list_path = ToCp1250(QFileInfo(*path).absolutePath());
   if (!WriteLines(*path, Lines()))
     ShowMessage(this,
-                Tr(MsgUtf8("Nie można zapisać pliku: ", "Cannot write the file: ")) +
+                FromUtf8(MsgUtf8("Nie można zapisać pliku: ", "Cannot write the file: ")) +
                     QDir::toNativeSeparators(*path),
                 windowTitle());
 }
@@ -63,23 +64,9 @@ void TListingForm::Wyczy1Click() {
 }
 
 void TListingForm::FormShow() {
-  RestorePlace(*this, Settings().list);
   QFont font = Fonts().wind.font;
-  font.setFamily(Tr("Courier New"));
+  font.setFamily(FromUtf8("Courier New"));
   ui->EEkran->setFont(font);
-  Settings().list.showing = true;
-}
-
-void TListingForm::FormResize() {
-  KeepPlace(*this, Settings().list);
-}
-
-void TListingForm::FormDeactivate() {
-  KeepPlace(*this, Settings().list);
-}
-
-void TListingForm::FormClose() {
-  Settings().list.showing = false;
 }
 
 }  // namespace tavena

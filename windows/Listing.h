@@ -33,9 +33,6 @@ class TListingForm : public TBaseForm, public MonitorSink {
 
  protected:
   void FormShow() override;
-  void FormResize() override;
-  void FormDeactivate() override;
-  void FormClose() override;
 
  private:
   std::unique_ptr<Ui::TListingForm> ui;

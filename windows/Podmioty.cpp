@@ -6,6 +6,7 @@ namespace tavena {
 
 TPodmiotyForm::TPodmiotyForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TPodmiotyForm) {
   ui->setupUi(this);
+  KeepPlaceIn(&Settings().pod);
 }
 
 TPodmiotyForm::~TPodmiotyForm() = default;

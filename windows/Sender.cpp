@@ -6,6 +6,7 @@ namespace tavena {
 
 TSenderForm::TSenderForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TSenderForm) {
   ui->setupUi(this);
+  KeepPlaceIn(&Settings().sender);
 }
 
 TSenderForm::~TSenderForm() = default;

@@ -1,5 +1,5 @@
-// Scripted stand-ins for the window tests: the dialog service and the
-// printer link.
+// Scripted stand-ins for the window tests (the dialog service and the
+// printer link) and the fixture every window test derives from.
 #pragma once
 
 #include <deque>
@@ -8,8 +8,13 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "app/Dialogs.h"
+#include "app/Fonts.h"
 #include "app/Printerlink.h"
+#include "app/Settings.h"
+#include "app/Tavenamain.h"
 
 namespace tavena::test {
 
@@ -28,7 +33,23 @@ class ScriptedDialogs : public DialogService {
                MessageButtons buttons) override {
     messages.push_back({text, caption, buttons});
     if (while_message_open) while_message_open();
-    return true;
+    if (answers.empty()) return true;
+    const bool answer = answers.front();
+    answers.pop_front();
+    return answer;
+  }
+  // Each scripted text is entered and handed to accept until one is taken;
+  // nothing (or the end of the script) is "Przerwij".
+  std::optional<QString> EditDateTime(TEditDateTimeForm&, const DateTimeRequest& request,
+                                      const DateTimeAccept& accept) override {
+    date_requests.push_back(request);
+    while (!date_texts.empty()) {
+      const std::optional<QString> text = date_texts.front();
+      date_texts.pop_front();
+      if (!text) return std::nullopt;
+      if (!accept || accept(*text)) return text;
+    }
+    return std::nullopt;
   }
   std::optional<QString> OpenFile(QWidget*, const FileDialogRequest& request) override {
     requests.push_back(request);
@@ -50,6 +71,9 @@ class ScriptedDialogs : public DialogService {
   }
 
   std::vector<ShownMessage> messages;
+  std::deque<bool> answers;  // OK (true) or Cancel for the next boxes; OK when empty
+  std::vector<DateTimeRequest> date_requests;
+  std::deque<std::optional<QString>> date_texts;
   std::function<void()> while_message_open;  // runs as if the box pumped messages
   std::vector<FileDialogRequest> requests;
   std::optional<QString> chosen_file;
@@ -60,6 +84,8 @@ class ScriptedDialogs : public DialogService {
 // Records every call; answers as scripted.
 class FakeLink : public PrinterLink {
  public:
+  Drukarka& Printer() override { return printer; }
+  void ShowAnswer() override { calls.push_back("answer"); }
   int FindPrinter(std::string& port, int32_t& baud) override {
     calls.push_back("find " + port + " " + std::to_string(baud));
     if (while_searching) while_searching();
@@ -90,6 +116,7 @@ class FakeLink : public PrinterLink {
   bool IsUsbPort(const std::string& port) override { return port == usb_port; }
   std::string OpenFailureAdvice() override { return advice; }
 
+  Drukarka printer;
   std::function<void()> while_searching;  // runs as if the search pumped messages
   int find_result = 0;
   std::string found_port;
@@ -103,6 +130,28 @@ class FakeLink : public PrinterLink {
   MonitorSink* monitor = nullptr;
   FormFields* answer_form = nullptr;
   bool logging = false;
+};
+
+// Shows the main window and lets its start-up search and fill run to the end.
+inline void StartMainWindow(TTavenaForm& form) {
+  bool finished = false;
+  const QMetaObject::Connection done =
+      QObject::connect(&form, &TTavenaForm::StartUpFinished, [&] { finished = true; });
+  form.show();
+  for (int i = 0; i < 3000 && !finished; ++i)
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+  QObject::disconnect(done);
+}
+
+// Every window test starts and ends with default settings and fonts.
+class GuiTest : public ::testing::Test {
+ protected:
+  GuiTest() { Reset(); }
+  ~GuiTest() override { Reset(); }
+  static void Reset() {
+    Settings() = SettingsRecord{};
+    Fonts() = SharedFonts{};
+  }
 };
 
 }  // namespace tavena::test

@@ -20,12 +20,13 @@ using test::ReadFile;
 using test::ScriptedDialogs;
 using test::TempDir;
 
+using MonitorWindow = test::GuiTest;
+
 QString U(const char* utf8) {
   return QString::fromUtf8(utf8);
 }
 
-TEST(MonitorWindow, ShowsLinesSavesThemAsWindows1250AndClears) {
-  Settings() = SettingsRecord{};
+TEST_F(MonitorWindow, ShowsLinesSavesThemAsWindows1250AndClears) {
   ScriptedDialogs dialogs;
   TempDir dir;
   TListingForm monitor;
@@ -81,11 +82,9 @@ TEST(MonitorWindow, ShowsLinesSavesThemAsWindows1250AndClears) {
   dialogs.chosen_file = QString::fromStdString(dir.file("empty.log"));
   monitor.Zapisz1Click();
   EXPECT_EQ(ReadFile(dir.file("empty.log")), "");
-  Settings() = SettingsRecord{};
 }
 
-TEST(MonitorWindow, FirstShowCentresThenKeepsItsPlace) {
-  Settings() = SettingsRecord{};
+TEST_F(MonitorWindow, FirstShowCentresThenKeepsItsPlace) {
   TListingForm monitor;
   monitor.resize(400, 300);
   monitor.show();
@@ -107,7 +106,6 @@ TEST(MonitorWindow, FirstShowCentresThenKeepsItsPlace) {
   EXPECT_EQ(monitor.pos(), QPoint(12, 34));
   EXPECT_EQ(monitor.size(), QSize(420, 310));
   monitor.close();
-  Settings() = SettingsRecord{};
 }
 
 TEST(ErrorWindow, LooksUpTheCodeAsTheUserTypes) {

@@ -32,8 +32,9 @@ using test::ReadFile;
 using test::ScriptedDialogs;
 using test::TempDir;
 
-TEST(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
-  Settings() = SettingsRecord{};
+using StartUp = test::GuiTest;
+
+TEST_F(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
   TempDir dir;
   test::ScopedEnv logs("TAVENA_LOG_DIR", dir.file("logs"));
   ScriptedDialogs dialogs;
@@ -49,8 +50,7 @@ TEST(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
                                simulator.Path().substr(simulator.Path().rfind('/') + 1) +
                                "_log.txt";
   form->findChild<QCheckBox*>("TworzenieLogow")->setChecked(true);
-  form->show();
-  QApplication::processEvents();
+  test::StartMainWindow(*form);
   const auto text = [&](const char* name) { return ControlText(form.get(), name); };
 
   auto* ports = form->findChild<QComboBox*>("ComboCom");
@@ -113,7 +113,6 @@ TEST(StartUp, AgainstTheSimulatedPrinterFillsTheFieldsAndTheMonitor) {
   EXPECT_NE(log.find("Otwarcie portu."), std::string::npos) << log_file;
   EXPECT_NE(log.find("#v"), std::string::npos) << log_file;
   form->close();
-  Settings() = SettingsRecord{};
 }
 
 #endif
@@ -137,7 +136,7 @@ bool Ended(pid_t pid) {
   return !(stat >> number >> name >> state) || state == "Z";
 }
 
-TEST(StartUp, TheSimulatedPrinterEndsWithTheProgramEvenWhenItIsKilled) {
+TEST_F(StartUp, TheSimulatedPrinterEndsWithTheProgramEvenWhenItIsKilled) {
   test::TempDir dir;
   std::vector<std::string> environment{"QT_QPA_PLATFORM=offscreen", "XDG_CONFIG_HOME=" + dir.str(),
                                        "TAVENA_LOG_DIR=" + dir.file("logs")};

@@ -31,11 +31,8 @@ QString U(const char* utf8) {
   return QString::fromUtf8(utf8);
 }
 
-class MainWindowTest : public ::testing::Test {
+class MainWindowTest : public test::GuiTest {
  protected:
-  void SetUp() override { Settings() = SettingsRecord{}; }
-  void TearDown() override { Settings() = SettingsRecord{}; }
-
   // Builds every window over a fake link; config.tav is read from dir.
   void Create() {
     auto fake = std::make_unique<FakeLink>();
@@ -43,10 +40,7 @@ class MainWindowTest : public ::testing::Test {
     link->ports = {{"Port komunikacyjny", "/dev/ttyS0"}, {"TAVENA USB", "/dev/ttyUSB0"}};
     form = CreateWindows(std::move(fake), dir.str() + "/");
   }
-  void Start() {
-    form->show();
-    QApplication::processEvents();
-  }
+  void Start() { test::StartMainWindow(*form); }
   QString Text(const char* name) { return ControlText(form.get(), U(name)); }
   QComboBox* Combo(const char* name) { return form->findChild<QComboBox*>(U(name)); }
   QStringList Items(const char* name) {
@@ -339,7 +333,7 @@ TEST_F(MainWindowTest, ClosingSavesSettingsAndTheNextStartRestoresThem) {
             std::string::npos);
 
   form.reset();
-  Settings() = SettingsRecord{};
+  Reset();
   Create();
   Start();
   EXPECT_EQ(form->size(), QSize(1100, 800));
