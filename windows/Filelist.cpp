@@ -30,8 +30,7 @@ QStringList ArchiveFiles(const QString& folder, const QString& extension) {
 
 QStringList ArchiveFiles(const QString& folder, const QString& extension) {
   QStringList names;
-  const QDir dir(folder, QStringLiteral("*.") + extension, QDir::Unsorted,
-                 QDir::Files | QDir::CaseSensitive);
+  const QDir dir(folder, QStringLiteral("*.") + extension, QDir::Unsorted, QDir::Files);
   for (const QFileInfo& file : dir.entryInfoList())
     if (file.isFile() && !file.isSymLink() && file.isWritable() && !file.isHidden())
       names << file.fileName();
