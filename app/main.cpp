@@ -1,26 +1,24 @@
 // tavena-service: the service program's entry point.
 //   --simulate [MODEL]  start the simulated printer and connect to it
 //   --port PORT         look for the printer on PORT at start-up (default com1)
-//   --screenshot DIR    save the screen while the printer is looked for, then
-//                       after start-up the main window and the monitor, as PNG
-//                       files into DIR and quit (for the docs); settings come
-//                       from and go to a throw-away folder
+//   --screenshot DIR    after start-up save the main window and the monitor
+//                       as PNG files into DIR and quit (for the docs); settings
+//                       come from and go to a throw-away folder
 //   --close-after MS    close the main window MS ms after it is shown, as the
 //                       user would (for tests)
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QScreen>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <cstdio>
 #include <cstring>
 
-#include "app/Abandonclock.h"
 #include "app/Coreprinterlink.h"
 #include "app/Settings.h"
 #include "app/Simulator.h"
 #include "app/Tavenaapp.h"
+#include "app/Windowclock.h"
 #include "sequence/Clock.h"
 #include "windows/Listing.h"
 
@@ -32,9 +30,8 @@ const char* const kUsage =
     "                      and connect to it\n"
     "  --port PORT         look for the printer on PORT at start-up (/dev/ttyUSB0, com3;\n"
     "                      default com1)\n"
-    "  --screenshot DIR    save searching.png (the screen during the printer search), then\n"
-    "                      main-window.png and monitor.png into DIR and quit; the user's\n"
-    "                      settings are neither read nor written\n"
+    "  --screenshot DIR    after start-up save main-window.png and monitor.png into DIR and\n"
+    "                      quit; the user's settings are neither read nor written\n"
     "  --close-after MS    close the main window MS milliseconds after it is shown\n"
     "  -h, --help          print this help\n";
 
@@ -81,13 +78,6 @@ Options ParseOptions(const QStringList& arguments) {
   return options;
 }
 
-// What is on the screen, as the user sees it.
-void SaveScreen(const QString& folder, const QString& name) {
-  QDir().mkpath(folder);
-  if (QScreen* screen = QGuiApplication::primaryScreen())
-    screen->grabWindow(0).save(folder + QLatin1Char('/') + name);
-}
-
 void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
   QDir().mkpath(folder);
   main.grab().save(folder + QStringLiteral("/main-window.png"));
@@ -129,7 +119,7 @@ int main(int argc, char** argv) {
           : QFile::encodeName(scratch.path()).toStdString() + "/";
   tavena::ReadMessageLanguage(folder);
   tavena::SetPumpHook([] { QCoreApplication::processEvents(); });
-  tavena::AbandonClock clock(tavena::CurrentClock());
+  tavena::WindowClock clock(tavena::CurrentClock());
   tavena::ScopedClock scoped_clock(&clock);
 
   tavena::SimulatorProcess simulator;
@@ -147,8 +137,6 @@ int main(int argc, char** argv) {
   if (options.simulate) main->SetSimulatedPort(simulator.Path());
   main->SetAbandonWaits([&clock] { clock.Abandon(); });
   if (!options.screenshot_folder.isEmpty()) {
-    QTimer::singleShot(1000, main.get(),
-                       [&] { SaveScreen(options.screenshot_folder, "searching.png"); });
     QObject::connect(main.get(), &tavena::TTavenaForm::StartUpFinished, main.get(), [&] {
       SaveScreenshots(*main, options.screenshot_folder);
       main->close();

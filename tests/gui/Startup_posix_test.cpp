@@ -8,10 +8,13 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <set>
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QElapsedTimer>
+#include <QImage>
 #include <QRegularExpression>
 
 #include "app/Coreprinterlink.h"
@@ -164,6 +167,115 @@ TEST_F(StartUp, TheSimulatedPrinterEndsWithTheProgramEvenWhenItIsKilled) {
   for (int i = 0; i < 120 && !(ended = Ended(simulator)); ++i) usleep(25000);
   if (!ended) kill(simulator, SIGKILL);
   EXPECT_TRUE(ended);
+}
+
+// The program under a virtual X display (xvfb-run), with the settings in
+// dir: the time it ran, in ms, or -1 when it did not end within 20 s. With
+// a screen file, the display is also saved (xwd) 1.5 s after the start.
+int64_t RunUnderXvfb(const test::TempDir& dir, std::vector<std::string> arguments,
+                     const std::string& screen_file = {}) {
+  std::vector<std::string> environment{"QT_QPA_PLATFORM=xcb", "XDG_CONFIG_HOME=" + dir.str(),
+                                       "TAVENA_LOG_DIR=" + dir.file("logs")};
+  for (char** e = environ; *e; ++e)
+    if (!std::string(*e).starts_with("QT_QPA_PLATFORM=") &&
+        !std::string(*e).starts_with("XDG_CONFIG_HOME="))
+      environment.emplace_back(*e);
+  arguments.insert(arguments.begin(), TAVENA_SERVICE_PROGRAM);
+  if (!screen_file.empty())
+    arguments.insert(
+        arguments.begin(),
+        {"sh", "-c", "\"$@\" & sleep 1.5; xwd -root -silent -out " + screen_file + "; wait", "sh"});
+  arguments.insert(arguments.begin(), {"xvfb-run", "-a", "-s", "-screen 0 1280x1024x24"});
+  std::vector<char*> argv, envp;
+  for (std::string& a : arguments) argv.push_back(a.data());
+  for (std::string& e : environment) envp.push_back(e.data());
+  argv.push_back(nullptr);
+  envp.push_back(nullptr);
+  QElapsedTimer timer;
+  timer.start();
+  const pid_t pid = fork();
+  if (pid == 0) {
+    setpgid(0, 0);
+    execvpe("xvfb-run", argv.data(), envp.data());
+    _exit(127);
+  }
+  int status = 0;
+  while (waitpid(pid, &status, WNOHANG) == 0) {
+    if (timer.elapsed() > 20000) {
+      kill(-pid, SIGKILL);
+      waitpid(pid, &status, 0);
+      return -1;
+    }
+    usleep(10000);
+  }
+  return timer.elapsed();
+}
+
+// A terminal nobody answers on: the printer search sits out all its waits.
+struct SilentPort {
+  SilentPort() : fd(posix_openpt(O_RDWR | O_NOCTTY)) {
+    grantpt(fd);
+    unlockpt(fd);
+    path = ptsname(fd);
+  }
+  ~SilentPort() { close(fd); }
+  int fd;
+  std::string path;
+};
+
+class RealProgram : public test::GuiTest {
+ protected:
+  void SetUp() override {
+    if (system("command -v xvfb-run >/dev/null 2>&1") != 0) GTEST_SKIP() << "xvfb-run missing";
+    std::filesystem::create_directories(dir.file("tavena"));
+  }
+  std::string Config() const { return ReadFile(dir.file("tavena/config.tav")); }
+  test::TempDir dir;
+};
+
+TEST_F(RealProgram, KeptMonitorPlaceComesBackUnchanged) {
+  test::WriteFile(dir.file("tavena/config.tav"),
+                  "ListTop=50\r\nListLeft=60\r\nListWidth=500\r\nListHeight=300\r\n"
+                  "ListShowing=1\r\n");
+  ASSERT_GT(RunUnderXvfb(dir, {"--port", "/dev/tavena-none", "--close-after", "1500"}), 0);
+  EXPECT_NE(Config().find("ListTop=50\r\nListLeft=60\r\nListWidth=500\r\nListHeight=300\r\n"
+                          "ListShowing=1\r\n"),
+            std::string::npos)
+      << Config();
+}
+
+TEST_F(RealProgram, ClosingDuringTheSearchEndsWithinASecondAndSaves) {
+  SilentPort port;
+  const int64_t ran = RunUnderXvfb(dir, {"--port", port.path, "--close-after", "1000"});
+  ASSERT_GT(ran, 0);
+  EXPECT_LT(ran, 3200);  // the search alone takes about 4 s
+  EXPECT_NE(Config().find("MainWidth="), std::string::npos);
+}
+
+TEST_F(RealProgram, WindowIsOnTheScreenDuringTheSearchAndScreenshotsLeaveSettingsAlone) {
+  const std::string kept = "ListTop=7\r\nListShowing=0\r\n";
+  test::WriteFile(dir.file("tavena/config.tav"), kept);
+  SilentPort port;
+  ASSERT_GT(RunUnderXvfb(dir, {"--port", port.path, "--screenshot", dir.file("shots")},
+                         dir.file("screen.xwd")),
+            0);
+  EXPECT_EQ(Config(), kept);
+  EXPECT_FALSE(QImage(QString::fromStdString(dir.file("shots/main-window.png"))).isNull());
+  // The display during the search (X window dump: a big-endian header of
+  // 25 words, the colour map, then 32-bit pixels): the window is painted.
+  const std::string dump = ReadFile(dir.file("screen.xwd"));
+  ASSERT_GT(dump.size(), 100u);
+  const auto word = [&](size_t i) {
+    const auto* b = reinterpret_cast<const unsigned char*>(dump.data() + 4 * i);
+    return uint32_t{b[0]} << 24 | uint32_t{b[1]} << 16 | uint32_t{b[2]} << 8 | b[3];
+  };
+  const size_t pixels = word(0) + 12 * word(19), line = word(12);
+  std::set<uint32_t> colours;
+  for (size_t y = 0; y < 400; y += 2)
+    for (size_t x = 0; x < 600; x += 2)
+      if (pixels + y * line + 4 * x + 4 <= dump.size())
+        colours.insert(word((pixels + y * line + 4 * x) / 4));
+  EXPECT_GT(colours.size(), 20u);  // not an empty (black) screen
 }
 
 #endif
