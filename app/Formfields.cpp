@@ -12,7 +12,7 @@
 
 namespace tavena {
 
-QString ControlText(QWidget* form, const QString& name) {
+QString ControlText(const QWidget* form, const QString& name) {
   QWidget* control = FindControl(form, name);
   if (auto* edit = qobject_cast<QLineEdit*>(control)) return edit->text();
   if (auto* label = qobject_cast<QLabel*>(control)) return label->text();

@@ -26,7 +26,7 @@ class WidgetFields : public FormFields {
 };
 
 // Text of a control of form as a Qt string; empty when missing.
-QString ControlText(QWidget* form, const QString& name);
+QString ControlText(const QWidget* form, const QString& name);
 void SetControlText(QWidget* form, const QString& name, const QString& text);
 
 }  // namespace tavena

@@ -103,6 +103,7 @@ TTavenaForm::TTavenaForm(std::unique_ptr<PrinterLink> link, std::string settings
   ApplyFontDefaults(Settings());
   CreateFonts(Settings());
   ConnectHandlers();
+  ConnectOperations();
   MarkNotBuilt();
   LinkLabelsToFields();
 }
@@ -175,14 +176,8 @@ void TTavenaForm::ConnectHandlers() {
 // Commands whose handlers are not built yet stay greyed out rather than
 // seeming to do something.
 void TTavenaForm::MarkNotBuilt() {
-  for (QAction* action : {ui->Otwrzpodmiot1, ui->Zapiszpodmiot1, ui->ClearPod, ui->ENQ1, ui->DLE1,
-                          ui->BEL1, ui->PenyStatus1, ui->DObowy1, ui->Okresowy1, ui->Paragonza1gr1,
-                          ui->Programuj1, ui->Odczytaj1})
+  for (QAction* action : {ui->Otwrzpodmiot1, ui->Zapiszpodmiot1, ui->ClearPod})
     action->setEnabled(false);
-  for (QWidget* button : {static_cast<QWidget*>(ui->WDate), static_cast<QWidget*>(ui->WVAT),
-                          static_cast<QWidget*>(ui->WHeader), static_cast<QWidget*>(ui->RD),
-                          static_cast<QWidget*>(ui->Fiskalizacja)})
-    button->setEnabled(false);
 }
 
 void TTavenaForm::SetSimulatedPort(const std::string& path) {

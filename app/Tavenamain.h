@@ -5,16 +5,21 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "app/Formfields.h"
 #include "app/Printeraccess.h"
 #include "app/Printerlink.h"
+#include "protocol/Inputcheck.h"
 #include "windows/Baseform.h"
 
 namespace Ui {
 class TTavenaForm;
 }
+
+class QTimer;
 
 namespace tavena {
 
@@ -109,6 +114,23 @@ class TTavenaForm : public TBaseForm, public PrinterAccess {
   void SerialPorts1Click();
   void Opisbdw1Click();
 
+  // Status queries and the header byte counter.
+  void Timer1Timer();
+  void ENQ1Click();
+  void DLE1Click();
+  void BEL1Click();
+  void PenyStatus1Click();
+  // Programming operations.
+  void WDateClick();
+  void Programuj1Click();
+  void Odczytaj1Click();
+  void WVATClick();
+  void WHeaderClick();
+  void DObowy1Click();
+  void Okresowy1Click();
+  void Paragonza1gr1Click();
+  void FiskalizacjaClick();
+
  signals:
   // The printer search and fill of the start-up have ended.
   void StartUpFinished();
@@ -119,6 +141,18 @@ class TTavenaForm : public TBaseForm, public PrinterAccess {
   void FormClose() override;
 
  private:
+  void ConnectOperations();
+  void ShowInfo(const QString& caption, const std::vector<std::string>& lines);
+  bool WriteClockFromSystem();
+  bool WriteVatRates();
+  bool WriteHeader();
+  bool DailyReportOnPrinterDate();
+  bool FiscaliseNip(const std::string& nip);
+  bool RunFiscalSteps(const std::vector<std::function<bool()>>& steps);
+  std::optional<DateTimeValue> AskDate(const char* prompt);
+  HeaderText Header() const;
+  bool Ticked(const char* name) const;
+  void Ask(const QString& text);
   void FinishStartUp();
   void ShowStatus(const QString& text);
   void LinkLabelsToFields();
@@ -146,6 +180,7 @@ class TTavenaForm : public TBaseForm, public PrinterAccess {
   std::string simulated_port_;
   std::function<void()> abandon_waits_;
   bool closing_ = false;
+  QTimer* Timer1 = nullptr;
 
   std::string portName;
   int32_t baudRate = 9600;

@@ -205,16 +205,6 @@ int RunFind(CliContext& ctx, const FindOptions& o) {
 
 // ---- enq, dle, bel ----
 
-// The window's reading of DLE: a mechanism fault replaces the first line.
-std::vector<std::string> DleLines(int s) {
-  std::vector<std::string> lines = DleBitTexts(s);
-  if (!NoCommunication(s) && (s & 0x01) != 0 && lines.size() == 3) {
-    lines[0] = lines[2];
-    lines.pop_back();
-  }
-  return lines;
-}
-
 // The byte in hex and its interpretation lines.
 int ShowControlByte(CliContext& ctx, char which, int s) {
   if (!NoCommunication(s)) {
@@ -388,22 +378,8 @@ int RunPeriodicReport(CliContext& ctx, const PeriodOptions& o) {
 // ---- receipt-test ----
 
 int RunReceiptTest(CliContext& ctx) {
-  SaleLineRecord sale;
-  sale.number = 1;
-  sale.name = "Towar testowy 1gr";
-  sale.quantity = 1;
-  sale.vat_letter = 'A';
-  sale.price = 0.01;
-  EndTransactionRecord end;
-  end.number = 1;
-  end.code = "NRS5555";
-  end.lines = {"Stopka 1", "Stopka 2", "Stopka 3", ""};
-  end.amount1 = 0.01;
-  end.amount2 = 0.01;
   return WithPrinter(ctx, [&](Drukarka& d) {
-    d.ParamCommandDollarH(0);
-    d.SaleLine(sale);
-    d.EndTransaction(end);
+    d.TestReceipt();
     return ConfirmAndSay(ctx, d);
   });
 }

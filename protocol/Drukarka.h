@@ -151,6 +151,9 @@ class Drukarka {
   bool CancelTransaction(const std::string& a = {}, const std::string& b = {},
                          const std::string& c = {});
   bool SendText(std::string_view body);
+  // The 1-grosz test receipt: "$h" with 0, one sale line "Towar testowy 1gr"
+  // (1 x 0.01, rate A), closed with three footer lines, "NRS5555", 0.01, 0.01.
+  bool TestReceipt();
 
  private:
   // Exchange lines.

@@ -63,4 +63,18 @@ bool Drukarka::SendText(std::string_view body) {
   return SendFramed(body);
 }
 
+bool Drukarka::TestReceipt() {
+  SaleLineRecord sale;
+  sale.name = "Towar testowy 1gr";
+  sale.price = 0.01;
+  EndTransactionRecord end;
+  end.code = "NRS5555";
+  end.lines = {"Stopka 1", "Stopka 2", "Stopka 3", ""};
+  end.amount1 = 0.01;
+  end.amount2 = 0.01;
+  const bool opened = ParamCommandDollarH(0);
+  const bool sold = SaleLine(sale);
+  return EndTransaction(end) && opened && sold;
+}
+
 }  // namespace tavena

@@ -158,4 +158,13 @@ std::vector<std::string> DleBitTexts(int answer) {
   return lines;
 }
 
+std::vector<std::string> DleLines(int answer) {
+  std::vector<std::string> lines = DleBitTexts(answer);
+  if (lines.size() == 3) {
+    lines[0] = lines[2];
+    lines.pop_back();
+  }
+  return lines;
+}
+
 }  // namespace tavena

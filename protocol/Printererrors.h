@@ -24,5 +24,7 @@ std::vector<std::string> EnqBitTexts(int answer);
 // The lines that describe a DLE answer: on-line, paper, and a third line
 // only when the mechanism bit is set. On no communication "Brak komunikacji".
 std::vector<std::string> DleBitTexts(int answer);
+// The window's reading of DLE: a mechanism fault overwrites the first line.
+std::vector<std::string> DleLines(int answer);
 
 }  // namespace tavena

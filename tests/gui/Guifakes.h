@@ -10,11 +10,24 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QStringList>
+#include <ostream>
+
 #include "app/Dialogs.h"
 #include "app/Fonts.h"
 #include "app/Printerlink.h"
 #include "app/Settings.h"
 #include "app/Tavenamain.h"
+
+// Readable Qt strings in test failures.
+inline void PrintTo(const QString& text, std::ostream* out) {
+  *out << '"' << text.toStdString() << '"';
+}
+inline void PrintTo(const QStringList& list, std::ostream* out) {
+  *out << '{' << list.join(QStringLiteral("\", \"")).prepend('"').append('"').toStdString() << '}';
+}
 
 namespace tavena::test {
 

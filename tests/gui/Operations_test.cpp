@@ -1,0 +1,271 @@
+// The main window's status queries, header counter, programming operations
+// and fiscalisation against the simulated printer, in process, on virtual
+// time (the printer's clock and the computer's both start 2012-05-14 09:03).
+#if TAVENA_HAVE_SIM
+
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+
+#include "app/Tavenaapp.h"
+#include "sequence/Clock.h"
+#include "sim/Simport.h"
+#include "sim/Simprinter.h"
+#include "tests/Fakeserial.h"
+#include "tests/TestSupport.h"
+#include "tests/gui/Guifakes.h"
+#include "windows/Info.h"
+
+namespace tavena {
+namespace {
+
+QString U(const char* utf8) {
+  return QString::fromUtf8(utf8);
+}
+
+class Operations : public test::GuiTest {
+ protected:
+  // The main window after a start-up that found a printer of this type on
+  // the simulated port.
+  void Start(const char* type = "TAVENA LUMEN") {
+    auto fake = std::make_unique<test::FakeLink>();
+    link = fake.get();
+    link->find_result = 1;
+    link->found_port = "com5";
+    link->ports = {{"Port", "com5"}};
+    link->fields = {{"ETypDrukarki", type},
+                    {"EFiskalny", "Tryb szkoleniowy."},
+                    {"ECzasDrukarki", "2012-05-14 09:03"}};
+    form = CreateWindows(std::move(fake), dir.str() + "/");
+    form->Printer().SetPort("com5", 9600);
+    test::StartMainWindow(*form);
+    Messages();
+  }
+  void Set(const char* name, const char* text) { SetControlText(form.get(), name, U(text)); }
+  void Tick(const char* name, bool on) { FindControl<QCheckBox>(form.get(), name)->setChecked(on); }
+  QStringList Info() const {
+    QStringList lines{form->Windows().info->windowTitle()};
+    for (int n = 1; n <= 4; ++n) lines << form->Windows().info->Line(n)->text();
+    return lines;
+  }
+  QStringList Messages() {
+    QStringList texts;
+    for (const test::ShownMessage& m : dialogs.messages) {
+      EXPECT_EQ(m.caption, U("Program serwisowy drukarek.")) << m.text.toStdString();
+      texts << m.text;
+    }
+    dialogs.messages.clear();
+    return texts;
+  }
+  // Commands that reached the printer since the last call.
+  std::string Commands() {
+    std::string commands;
+    const auto& frames = sim->Record().frames;
+    for (; seen < frames.size(); ++seen) commands += frames[seen].command + " ";
+    return commands;
+  }
+
+  VirtualClock clock;
+  ScopedClock scoped{&clock};
+  test::ScopedWine wine{false};
+  std::unique_ptr<SimPrinter> sim = MakeSimPrinter("LUMEN");
+  SimPort port{"com5", *sim};
+  test::TempDir dir;
+  test::ScriptedDialogs dialogs;
+  test::FakeLink* link = nullptr;
+  std::unique_ptr<TTavenaForm> form;
+  size_t seen = 0;
+};
+
+TEST_F(Operations, HeaderByteCounter) {
+  Start();
+  QLineEdit* count = FindControl<QLineEdit>(form.get(), "HCount");
+  const auto counted = [&] {
+    form->Timer1Timer();
+    return count->text();
+  };
+  EXPECT_EQ(counted(), "");  // eight empty lines count 0: nothing written
+  Set("Line1", "1234567890123456789012345678901234567890");
+  EXPECT_EQ(counted(), "41");
+  Set("Line1", "1234567890");
+  Tick("BLine1", true);
+  EXPECT_EQ(counted(), "17");
+  Set("Line1", "1234567890123456789012345");
+  EXPECT_EQ(counted(), "25");  // the pad (22 - 25) / 2 truncates to -1
+  Tick("CLine1", false);
+  EXPECT_EQ(counted(), "25");  // centring does not change the count
+  const QColor info = count->palette().color(QPalette::Text);
+  for (const char* line : {"Line2", "Line3", "Line4", "Line5", "Line6"})
+    Set(line, "1234567890123456789012345678901234567890");
+  EXPECT_EQ(counted(), "230");
+  EXPECT_EQ(count->palette().color(QPalette::Text), QColor(Qt::red));
+  EXPECT_EQ(FindControl(form.get(), "Label12")->palette().color(QPalette::WindowText),
+            QColor(Qt::red));
+  Set("Line6", "");
+  EXPECT_EQ(counted(), "189");
+  EXPECT_EQ(count->palette().color(QPalette::Text), info);
+}
+
+TEST_F(Operations, StatusItemsShowTheBytesInTheInformationWindow) {
+  Start();
+  form->ENQ1Click();
+  EXPECT_EQ(Info(), QStringList({"Interpretacja ENQ", "Tryb szkoleniowy.",
+                                 "Ostatni rozkaz ziterpretowany poprawnie.",
+                                 "Drukarka nie jest w stanie transakcji.",
+                                 "Ostatnia transakcja zainterpretowana poprawnie."}));
+  EXPECT_TRUE(form->Windows().info->isVisible());
+  sim->State().mechanism_error = true;
+  form->DLE1Click();
+  EXPECT_EQ(Info(), QStringList({"Interpretacja DLE", U("Błąd mechanizmu lub sterownika."),
+                                 U("Papier założony."), "", ""}));
+  form->BEL1Click();
+  form->PenyStatus1Click();
+  EXPECT_EQ(sim->Record().enq, 1);
+  EXPECT_EQ(sim->Record().dle, 1);
+  EXPECT_EQ(sim->Record().bel, 1);
+  EXPECT_EQ(Commands(), "#s ");
+  EXPECT_EQ(sim->Record().frames.back().text, "22#s");
+  EXPECT_FALSE(port.IsOpen());
+  EXPECT_TRUE(Messages().isEmpty());
+
+  form->Printer().SetPort("com6", 9600);  // nothing there
+  form->DLE1Click();
+  EXPECT_EQ(Info(), QStringList({"Interpretacja DLE", "Brak komunikacji", "", "", ""}));
+}
+
+TEST_F(Operations, ClockRatesAndHeader) {
+  Start();
+  form->WDateClick();
+  EXPECT_EQ(Commands(), "$c ");
+  EXPECT_EQ(sim->Record().frames.back().text.substr(0, 15), "12;5;14;9;3;7$c");
+
+  dialogs.date_texts = {QString("2026-11-21 12:00")};
+  form->Programuj1Click();
+  ASSERT_EQ(dialogs.date_requests.size(), 1u);
+  EXPECT_EQ(dialogs.date_requests[0].prompt, U("Wpisz datę i czas drukarki."));
+  EXPECT_FALSE(dialogs.date_requests[0].date_only);
+  EXPECT_EQ(sim->Record().frames.back().text.substr(0, 16), "26;11;21;12;0;0$");
+  form->Odczytaj1Click();
+  EXPECT_EQ(ControlText(form.get(), "ECzasDrukarki"), "2026-11-21 12:00");
+
+  const char* rates[] = {"23", "8", "zw", "0", "nakt", "zw", "5"};
+  for (int i = 0; i < 7; ++i)
+    Set(qPrintable(QStringLiteral("E_Vat%1").arg(QChar('A' + i))), rates[i]);
+  form->WVATClick();
+  EXPECT_EQ(Messages(), QStringList({U("Podano nieprawidłowe stawki VAT\nMoże wystapić tylko jedna "
+                                       "stawka zwolniona.\nBłąd wystąpił w stawce F")}));
+  Set("E_VatF", "nakt");
+  form->WVATClick();
+  EXPECT_EQ(Messages(), QStringList({U("Potwierdź na drukarce. Jeśli drukarka nic nie robi,\nto "
+                                       "stawki już zostały zaprogramowane wcześniej\nw identycznej "
+                                       "wysokości. Wtedy naciśnij OK")}));
+  EXPECT_EQ(Commands(), "$c #c $p ");  // the clock by hand, its read-back, the rates
+  EXPECT_EQ(sim->State().rates[2], -2);
+
+  form->WHeaderClick();                // empty
+  Set("Line2", "Sklep \xE2\x82\xAC");  // the euro sign is refused
+  form->WHeaderClick();
+  EXPECT_EQ(
+      Messages().join('|').count(U("Zawiera niedopuszczalne znaki,\nalbo jest pusty\nNie można "
+                                   "nagłówka zapisać.")),
+      2);
+  Set("Line2", "Sklep Żółw");
+  Tick("BLine2", true);
+  form->WHeaderClick();
+  EXPECT_EQ(Commands(), "$f ");
+  EXPECT_EQ(sim->State().header_changes, 1);
+}
+
+TEST_F(Operations, ReportsAndTheTestReceipt) {
+  Start();
+  Set("ECzasDrukarki", "");
+  form->DObowy1Click();
+  Set("ECzasDrukarki", "2012.05.13 09:03");
+  form->DObowy1Click();
+  EXPECT_EQ(Messages(), QStringList({"Brak odczytanej daty z drukarki.",
+                                     U("Data systemowa różna od daty w drukarce.")}));
+  EXPECT_EQ(Commands(), "");
+  Set("ECzasDrukarki", "2012.05.14 09:03");
+  form->DObowy1Click();
+  EXPECT_EQ(sim->State().daily_reports, 1);
+
+  dialogs.date_texts = {QString("2012-05-10"), QString("2012-05-09")};
+  form->Okresowy1Click();
+  EXPECT_EQ(Messages(), QStringList({U("Druga data jest wcześniejsza od pierwszej.")}));
+  dialogs.date_texts = {QString("2012-05-10"), QString("10.05.2012")};
+  form->Okresowy1Click();
+  ASSERT_EQ(dialogs.date_requests.size(), 4u);
+  EXPECT_EQ(dialogs.date_requests[2].prompt, U("Podaj pierwszą datę do raportu okresowego.   "));
+  EXPECT_EQ(dialogs.date_requests[3].prompt, U("Podaj drugą datę do raportu okresowego.   "));
+  EXPECT_TRUE(dialogs.date_requests[3].date_only);
+  EXPECT_EQ(sim->State().periodic_reports, 1);
+
+  form->Paragonza1gr1Click();
+  EXPECT_EQ(Commands(), "#r #o $h $l $e ");
+  EXPECT_EQ(sim->State().receipts, 1);
+  EXPECT_TRUE(Messages().isEmpty());
+}
+
+TEST_F(Operations, FiscalisationOfANewerPrinterWithNoOptionalSteps) {
+  Start("TAVENA QX-1 RX");
+  Set("ENIP", "123/45/67/890");
+  form->FiskalizacjaClick();
+  EXPECT_EQ(Messages(),
+            QStringList({U("Sprawdź numer NIP.\nFormat jest nieprawidłowy.\nPrawidłowe "
+                           "formaty:\nXXX-XX-XX-XXX\nXXX-XXX-XX-XX\nXXXXXXXXXX\ngdzie X "
+                           "jest dowolną cyfrą.")}));
+  Set("ENIP", "1234567890");
+  for (const char* box : {"FHeaderCheck", "FDateCheck", "FVatCheck"}) Tick(box, false);
+  const int64_t before = clock.NowMs();
+  form->FiskalizacjaClick();
+  EXPECT_EQ(
+      Messages(),
+      QStringList({U("Zostanie przeprowadzona fiskalizacja drukarki.\nZostaną przeprowadzona "
+                     "następujące czynności:\n\nwstępne wykonanie Raportu Dobowego\nzapisanie "
+                     "numeru NIP w drukarce.\n\nSprawdź wszystko teraz i ewentualnie przerwij "
+                     "operację."),
+                   U("Naciśnij przycisk OK po wykonaniu\nfiskalizacji i zwarciu zworki "
+                     "serwisowej\nponownego uruchomienia drukarki.")}));
+  EXPECT_EQ(Commands(), "#r $f ");
+  EXPECT_EQ(sim->State().nip, "1234567890");
+  EXPECT_GE(clock.NowMs() - before, 600);  // 300 ms after each step
+  EXPECT_EQ(link->calls.back(), "fill com5 9600");
+}
+
+TEST_F(Operations, FiscalisationOfAnOlderPrinter) {
+  Start();
+  Set("ENIP", "123-45-67-890");
+  Set("Line1", "Sklep");
+  const char* rates[] = {"23", "8", "5", "0", "nakt", "nakt", "zw"};
+  for (int i = 0; i < 7; ++i)
+    Set(qPrintable(QStringLiteral("E_Vat%1").arg(QChar('A' + i))), rates[i]);
+  dialogs.answers = {false};  // Cancel on the list: nothing happens
+  form->FiskalizacjaClick();
+  const QStringList list = Messages();
+  ASSERT_EQ(list.size(), 1);
+  EXPECT_EQ(list[0],
+            U("Zostanie przeprowadzona fiskalizacja drukarki.\nAlgorytm dla starszych "
+              "drukarek.\nZostaną przeprowadzona następujące czynności:\n\nwykonanie "
+              "wstępnego Raportu Dobowego,\nprogramowanie nagłówka,\nprzepisanie czasu "
+              "komputera do drukarki,\nzapisanie numeru NIP w drukarce,\npowtórne "
+              "zaprogramowanie zegara,\nprogramowanie stawek VAT,\nwykonanie pierwszego "
+              "Rapotu Dobowego.\n\nSprawdź wszystko teraz i ewentualnie przerwij operację."));
+  EXPECT_EQ(Commands(), "");
+
+  form->FiskalizacjaClick();
+  EXPECT_EQ(Messages().size(), 3);  // list, the jumper, the rates' confirmation
+  EXPECT_EQ(Commands(), "#r $f $c $f $c $p #r ");
+
+  // Cancel after fiscalising ends the procedure there.
+  dialogs.answers = {true, false};
+  Tick("FDateCheck", false);
+  form->FiskalizacjaClick();
+  EXPECT_EQ(Commands(), "#r $f $f ");
+}
+
+}  // namespace
+}  // namespace tavena
+
+#endif
