@@ -111,10 +111,6 @@ TEST_F(MainWindowTest, EveryWindowExistsOnceInStartUpOrderWithItsCaption) {
     ASSERT_NE(action, nullptr) << name;
     EXPECT_EQ(action->text(), U(caption));
   }
-  // Commands of later work are present but greyed out.
-  EXPECT_FALSE(form->findChild<QAction*>("ENQ1")->isEnabled());
-  EXPECT_FALSE(form->findChild<QPushButton*>("WVAT")->isEnabled());
-  EXPECT_TRUE(form->findChild<QAction*>("MonitorLogi1")->isEnabled());
 }
 
 TEST_F(MainWindowTest, FoundPrinterFillsFieldsAndSetsKindAndMode) {
