@@ -18,6 +18,7 @@ class AbandonClock : public Clock {
   }
   LocalTime Local() override { return base_.Local(); }
   void Abandon() { abandoned_ = true; }
+  void Resume() { abandoned_ = false; }  // once the abandoned exchange has ended
   bool Abandoned() const { return abandoned_; }
 
  private:

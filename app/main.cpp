@@ -2,7 +2,8 @@
 //   --simulate [MODEL]  start the simulated printer and connect to it
 //   --port PORT         look for the printer on PORT at start-up (default com1)
 //   --screenshot DIR    save the screen while the printer is looked for, then
-//                       after start-up the main window and the monitor, as PNG
+//                       after start-up the main window, the monitor and the
+//                       port list (present ports), as PNG
 //                       files into DIR and quit (for the docs); settings come
 //                       from and go to a throw-away folder
 //   --close-after MS    close the main window MS ms after it is shown, as the
@@ -23,6 +24,7 @@
 #include "app/Tavenaapp.h"
 #include "sequence/Clock.h"
 #include "windows/Listing.h"
+#include "windows/Serialportform.h"
 
 namespace {
 
@@ -33,8 +35,8 @@ const char* const kUsage =
     "  --port PORT         look for the printer on PORT at start-up (/dev/ttyUSB0, com3;\n"
     "                      default com1)\n"
     "  --screenshot DIR    save searching.png (the screen during the printer search), then\n"
-    "                      main-window.png and monitor.png into DIR and quit; the user's\n"
-    "                      settings are neither read nor written\n"
+    "                      main-window.png, monitor.png and serial-ports.png into DIR and\n"
+    "                      quit; the user's settings are neither read nor written\n"
     "  --close-after MS    close the main window MS milliseconds after it is shown\n"
     "  -h, --help          print this help\n";
 
@@ -95,6 +97,11 @@ void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
   monitor->show();
   QApplication::processEvents();
   monitor->grab().save(folder + QStringLiteral("/monitor.png"));
+  tavena::TSerialPortsForm* ports = main.Windows().serial_ports;
+  ports->show();
+  ports->Portyzainstalowane1Click();
+  QApplication::processEvents();
+  ports->grab().save(folder + QStringLiteral("/serial-ports.png"));
 }
 
 // --help is answered before the window system is reached, so it also works
@@ -146,6 +153,7 @@ int main(int argc, char** argv) {
   if (!options.port.isEmpty()) main->SetStartPort(options.port.toStdString());
   if (options.simulate) main->SetSimulatedPort(simulator.Path());
   main->SetAbandonWaits([&clock] { clock.Abandon(); });
+  main->SetResumeWaits([&clock] { clock.Resume(); });
   if (!options.screenshot_folder.isEmpty()) {
     QTimer::singleShot(1000, main.get(),
                        [&] { SaveScreen(options.screenshot_folder, "searching.png"); });
