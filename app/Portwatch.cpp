@@ -4,11 +4,11 @@
 #include <QTimer>
 
 #ifdef _WIN32
+#include <QAbstractNativeEventFilter>
+
 #include <windows.h>
 
 #include <dbt.h>
-
-#include <QAbstractNativeEventFilter>
 #elif defined(__linux__)
 #include <sys/inotify.h>
 #include <unistd.h>
