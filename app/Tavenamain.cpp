@@ -171,6 +171,7 @@ void TTavenaForm::ConnectHandlers() {
       {ui->SerialPorts1, &TTavenaForm::SerialPorts1Click},
       {ui->Opisbdw1, &TTavenaForm::Opisbdw1Click}};
   for (const auto& [action, handler] : actions) connect(action, &QAction::triggered, this, handler);
+  ConnectPortWatch();
 }
 
 // Commands whose handlers are not built yet stay greyed out rather than
@@ -200,6 +201,7 @@ QString TTavenaForm::Caption() const {
 
 void TTavenaForm::ExchangeDone() {
   link_->ShowAnswer();
+  PortsAfterBusy();
 }
 
 void TTavenaForm::ApplyFonts() {
@@ -225,6 +227,15 @@ void TTavenaForm::FormShow() {
 }
 
 void TTavenaForm::FinishStartUp() {
+  SearchPrinter();
+  if (closing_) return;
+  ui->Label15->setText(FromCp1250(Settings().pod_path + Settings().pod_file));
+  ShowKeptWindows();
+  emit StartUpFinished();
+}
+
+// The printer search on the chosen port, shown in the status bar.
+void TTavenaForm::SearchPrinter() {
   ShowStatus(FromUtf8("Szukam drukarki: %1, %2 bodów").arg(FromCp1250(portName)).arg(baudRate));
   ConnectPrinter();
   if (closing_) return;
@@ -233,9 +244,6 @@ void TTavenaForm::FinishStartUp() {
       ui->ETypDrukarki->text().isEmpty()
           ? FromUtf8("Nie znaleziono drukarki. Wybierz port i prędkość.")
           : FromUtf8("Drukarka: %1, %2").arg(ui->ETypDrukarki->text(), FromCp1250(portName)));
-  ui->Label15->setText(FromCp1250(Settings().pod_path + Settings().pod_file));
-  ShowKeptWindows();
-  emit StartUpFinished();
 }
 
 void TTavenaForm::ShowStatus(const QString& text) {
@@ -285,6 +293,7 @@ void TTavenaForm::SeekComClick() {
   FillPortList();
   ui->ComboCom->setCurrentIndex(-1);
   searching = false;
+  PortsAfterBusy();
 }
 
 void TTavenaForm::FillPortList() {
@@ -299,8 +308,7 @@ void TTavenaForm::FillPortList() {
     AddSimulatedPorts();
     return;
   }
-  for (const PortEntry& port : ports)
-    ui->ComboCom->addItem(FromCp1250(port.description + " " + port.name));
+  AddPortEntries(ports);
 }
 
 void TTavenaForm::AddSimulatedPorts() {
@@ -369,6 +377,7 @@ void TTavenaForm::ConnectPrinter() {
   link_->SelectPort(portName, baudRate);
   busy = false;
   EnablePortChoice(true);
+  PortsAfterBusy();
 }
 
 // The port, speed and port search stay greyed out while the printer search

@@ -15,6 +15,8 @@
 #include "protocol/Inputcheck.h"
 #include "windows/Baseform.h"
 
+class QFrame;
+
 namespace Ui {
 class TTavenaForm;
 }
@@ -35,6 +37,7 @@ class TEdytorForm;
 class TCompileListForm;
 class TSerialPortsForm;
 class TAboutForm;
+class PortWatch;
 
 // The windows that live beside the main window for the whole run.
 struct AppWindows {
@@ -188,6 +191,34 @@ class TTavenaForm : public TBaseForm, public PrinterAccess {
   bool searching = false;
   bool isFiscal = false;
   char deviceKind = '0';
+
+  // Ports that follow plug and unplug, the bar that offers a search on a
+  // TAVENA USB device just plugged in, a port pulled out during an exchange.
+ public:
+  PortWatch* PortWatcher() const { return port_watch_; }
+  // Lets the waits abandoned for a vanished port run again (set by the program).
+  void SetResumeWaits(std::function<void()> resume) { resume_waits_ = std::move(resume); }
+  void UsbSearchClick();
+
+ private:
+  void ConnectPortWatch();
+  void CreateUsbBar();
+  void PortsChanged();
+  void PortsAfterBusy();
+  void RebuildPortList();
+  void AddPortEntries(const std::vector<PortEntry>& ports);
+  void AbandonIfChosenPortGone();
+  void OfferUsbSearch(const std::string& port);
+  void SearchPrinter();
+  int FirstListedPort() const;
+  std::vector<std::string> ListedPortNames() const;
+
+  PortWatch* port_watch_ = nullptr;
+  QFrame* usb_bar_ = nullptr;
+  std::string usb_bar_port_;
+  std::function<void()> resume_waits_;
+  bool ports_pending_ = false;
+  std::string vanished_port_;
 };
 
 }  // namespace tavena

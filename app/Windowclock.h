@@ -26,6 +26,8 @@ class WindowClock : public Clock {
     if (!abandoned_) skipped_ms_ += kJumpMs;
     abandoned_ = true;
   }
+  // Waits again once the abandoned exchange has ended (time stays ahead).
+  void Resume() { abandoned_ = false; }
   bool Abandoned() const { return abandoned_; }
 
  private:

@@ -1,9 +1,10 @@
 // tavena-service: the service program's entry point.
 //   --simulate [MODEL]  start the simulated printer and connect to it
 //   --port PORT         look for the printer on PORT at start-up (default com1)
-//   --screenshot DIR    after start-up save the main window and the monitor
-//                       as PNG files into DIR and quit (for the docs); settings
-//                       come from and go to a throw-away folder
+//   --screenshot DIR    after start-up save the main window, the monitor and
+//                       the port list (present ports) as PNG files into DIR
+//                       and quit (for the docs); settings come from and go to
+//                       a throw-away folder
 //   --close-after MS    close the main window MS ms after it is shown, as the
 //                       user would (for tests)
 #include <QApplication>
@@ -21,6 +22,7 @@
 #include "app/Windowclock.h"
 #include "sequence/Clock.h"
 #include "windows/Listing.h"
+#include "windows/Serialportform.h"
 
 namespace {
 
@@ -30,8 +32,9 @@ const char* const kUsage =
     "                      and connect to it\n"
     "  --port PORT         look for the printer on PORT at start-up (/dev/ttyUSB0, com3;\n"
     "                      default com1)\n"
-    "  --screenshot DIR    after start-up save main-window.png and monitor.png into DIR and\n"
-    "                      quit; the user's settings are neither read nor written\n"
+    "  --screenshot DIR    after start-up save main-window.png, monitor.png and\n"
+    "                      serial-ports.png into DIR and quit; the user's settings are\n"
+    "                      neither read nor written\n"
     "  --close-after MS    close the main window MS milliseconds after it is shown\n"
     "  -h, --help          print this help\n";
 
@@ -85,6 +88,11 @@ void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
   monitor->show();
   QApplication::processEvents();
   monitor->grab().save(folder + QStringLiteral("/monitor.png"));
+  tavena::TSerialPortsForm* ports = main.Windows().serial_ports;
+  ports->show();
+  ports->Portyzainstalowane1Click();
+  QApplication::processEvents();
+  ports->grab().save(folder + QStringLiteral("/serial-ports.png"));
 }
 
 // --help is answered before the window system is reached, so it also works
@@ -136,6 +144,7 @@ int main(int argc, char** argv) {
   if (!options.port.isEmpty()) main->SetStartPort(options.port.toStdString());
   if (options.simulate) main->SetSimulatedPort(simulator.Path());
   main->SetAbandonWaits([&clock] { clock.Abandon(); });
+  main->SetResumeWaits([&clock] { clock.Resume(); });
   if (!options.screenshot_folder.isEmpty()) {
     QObject::connect(main.get(), &tavena::TTavenaForm::StartUpFinished, main.get(), [&] {
       SaveScreenshots(*main, options.screenshot_folder);
