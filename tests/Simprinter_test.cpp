@@ -221,13 +221,6 @@ TEST_F(SimPrinterTest, FramingFaultsAndLineRate) {
 
   p = Make("LUMEN");
   SimFaults& f = p->Faults();
-  f.silent = true;
-  EXPECT_EQ(Talk(*p, "\x05\x10" + Bare("#v")), "");
-  EXPECT_EQ(p->Record().enq, 1);
-  f.silent = false;
-  f.answers_before_silence = 2;
-  EXPECT_EQ(Hex(Talk(*p, "\x05\x05\x05")), "65 65");
-  f.answers_before_silence = -1;
   f.enq_answers = "\x4C\x68";  // scripted ENQ answers, then the status again
   EXPECT_EQ(Hex(Talk(*p, "\x05\x05\x05")), "4C 68 65");
   f.garbage = std::string("\x00\xFFzz", 4);
@@ -256,13 +249,6 @@ TEST_F(SimPrinterTest, FramingFaultsAndLineRate) {
   EXPECT_EQ(p->NextReadyMs(), 2002);
   EXPECT_EQ(p->Take(2001), "");
   EXPECT_EQ(Hex(p->Take(2002)), "65");
-  // Noise every 50 ms, asked or not.
-  p->Faults().noise_every_ms = 50;
-  p->Available(5000);
-  EXPECT_EQ(p->NextReadyMs(), 5050);
-  EXPECT_EQ(p->Take(5149), "~~");
-  p->DropArrived(5300);
-  EXPECT_EQ(p->Available(5300), 0u);
 }
 
 TEST_F(SimPrinterTest, HalfFrameFloodAndLongSilenceStayBounded) {
