@@ -1,13 +1,16 @@
-// The command-line tool run in-process: subcommands that need no printer,
-// and the refusals that must happen before a port is touched.
+// The command-line tool run in-process: subcommands without a printer, the
+// refusals made before a port is touched, and the printer subcommands
+// against the simulated printer behind "com5" on virtual time.
 #include <gtest/gtest.h>
 
 #include <sstream>
 
+#include "Fakeserial.h"
 #include "TestSupport.h"
 #include "cli/Cli.h"
 #include "cli/Cliprogress.h"
 #include "sequence/Messagelanguage.h"
+#include "sim/Simport.h"
 
 namespace tavena {
 namespace {
@@ -31,72 +34,50 @@ CliRun Tavena(std::vector<std::string> args) {
   return r;
 }
 
-// One line on standard error, nothing else.
-void ExpectOneLineReason(const CliRun& r, const std::string& text) {
-  EXPECT_EQ(r.err, "tavena: " + text + "\n");
+// Exit code 2 and one line on standard error that says why.
+void ExpectRefused(const CliRun& r, const std::string& reason) {
+  EXPECT_EQ(r.code, 2) << r.err;
+  EXPECT_EQ(r.err, "tavena: " + reason + "\n");
 }
 
 class CliTest : public ::testing::Test {
  protected:
-  TempDir config_;
-  test::ScopedEnv xdg_{"XDG_CONFIG_HOME", config_.str()};
+  TempDir dir_;
+  test::ScopedEnv xdg_{"XDG_CONFIG_HOME", dir_.file("config")};
 };
 
-TEST_F(CliTest, FramePrintsUpperCaseHexPairs) {
-  CliRun r = Tavena({"frame", "0#e"});
-  EXPECT_EQ(r.code, 0);
-  EXPECT_EQ(r.out, "1B 50 30 23 65 38 39 1B 5C\n");
+TEST_F(CliTest, FrameAndCompile) {
   EXPECT_EQ(Tavena({"frame", "0$e"}).out, "1B 50 30 24 65 38 45 1B 5C\n");
   EXPECT_EQ(Tavena({"frame", "#v", "--no-sum"}).out, "1B 50 23 76 1B 5C\n");
-  // UTF-8 in, Mazovia on the wire: ą is 0x86; sum 0xFF ^ 0x86 = 0x79.
-  EXPECT_EQ(Tavena({"frame", "ą"}).out, "1B 50 86 37 39 1B 5C\n");
-  // A character Windows-1250 lacks is refused, not sent as "?".
-  r = Tavena({"frame", "ą☃"});
-  EXPECT_EQ(r.code, 2);
-  EXPECT_EQ(r.out, "");
-  ExpectOneLineReason(r, "Tekst zawiera znaki spoza strony kodowej Windows-1250: ą☃");
-  r = Tavena({"frame"});
-  EXPECT_EQ(r.code, 2);
-  EXPECT_EQ(r.err.find("tavena: "), 0u);
-  EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1);
-}
+  EXPECT_EQ(Tavena({"frame", "ą"}).out, "1B 50 86 37 39 1B 5C\n");  // UTF-8 in, Mazovia out
+  ExpectRefused(Tavena({"frame", "ą☃"}),
+                "Tekst zawiera znaki spoza strony kodowej Windows-1250: ą☃");
 
-TEST_F(CliTest, CompilePrintsTheListWritesBinOnlyOnSuccess) {
-  TempDir dir;
-  test::WriteFile(dir.file("ok.txt"), "komentarz\r\nseq = \\<ESC>P \\<D>.\\<M>.\\<Y>\\<end>\r\n");
-  CliRun r = Tavena({"compile", dir.file("ok.txt"), "--now", "2009-03-05 07:04:00", "--hex", "-o",
-                     dir.file("ok.bin")});
+  test::WriteFile(dir_.file("ok.txt"), "komentarz\r\nseq = \\<ESC>P \\<D>.\\<M>.\\<Y>\\<end>\r\n");
+  CliRun r = Tavena({"compile", dir_.file("ok.txt"), "--now", "2009-03-05 07:04:00", "--hex", "-o",
+                     dir_.file("ok.bin")});
   EXPECT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out, "2: Koniec przetwarzania. Brak błędów.\n1B 50 35 2E 33 2E 39\n");
-  EXPECT_EQ(test::ReadFile(dir.file("ok.bin")), "\x1BP5.3.9");
+  EXPECT_EQ(test::ReadFile(dir_.file("ok.bin")), "\x1BP5.3.9");
+  // File names are UTF-8 on the command line.
+  std::filesystem::copy_file(dir_.file("ok.txt"),
+                             dir_.path() / std::filesystem::path(u8"próba.txt"));
+  EXPECT_EQ(Tavena({"compile", dir_.str() + "/próba.txt", "-o", dir_.str() + "/wynik ó.bin"}).code,
+            0);
+  EXPECT_TRUE(std::filesystem::exists(dir_.path() / std::filesystem::path(u8"wynik ó.bin")));
 
-  // File names are UTF-8 on the command line (Windows opens them in its own
-  // code page).
-  std::filesystem::copy_file(dir.file("ok.txt"), dir.path() / std::filesystem::path(u8"próba.txt"));
-  r = Tavena({"compile", dir.str() + "/próba.txt", "-o", dir.str() + "/wynik ó.bin"});
-  EXPECT_EQ(r.code, 0) << r.err;
-  EXPECT_TRUE(std::filesystem::exists(dir.path() / std::filesystem::path(u8"wynik ó.bin")));
-
-  test::WriteFile(dir.file("bad.txt"), "seq = A\r\n\\q\\<end>\r\n");
-  r = Tavena({"--lang", "en", "compile", dir.file("bad.txt"), "-o", dir.file("bad.bin"), "--hex"});
+  test::WriteFile(dir_.file("bad.txt"), "seq = A\r\n\\q\\<end>\r\n");
+  r = Tavena(
+      {"--lang", "en", "compile", dir_.file("bad.txt"), "-o", dir_.file("bad.bin"), "--hex"});
   EXPECT_EQ(r.code, 1);
   EXPECT_EQ(r.out, "1: Failure character or sequence.\n2: There is 1 error.\n");
-  ExpectOneLineReason(r, "The compilation failed.");
-  EXPECT_FALSE(std::filesystem::exists(dir.file("bad.bin")));
-
-  test::WriteFile(dir.file("empty.txt"), "");
-  r = Tavena({"compile", dir.file("empty.txt")});
-  EXPECT_EQ(r.code, 1);
-  EXPECT_EQ(r.out, "0: Input file is empty.\n0: Wykryto: 1 błędów.\n");
-
-  r = Tavena({"compile", dir.file("none.txt")});
-  EXPECT_EQ(r.code, 2);
-  ExpectOneLineReason(r, "Brak pliku sekwencji: " + dir.file("none.txt"));
-  r = Tavena({"compile", dir.file("ok.txt"), "--now", "2009-02-30 07:04:00"});
-  EXPECT_EQ(r.code, 2);
-  ExpectOneLineReason(r,
-                      "Nieprawidłowa data i czas: \"2009-02-30 07:04:00\". Oczekiwano "
-                      "RRRR-MM-DD GG:MM[:SS].");
+  EXPECT_EQ(r.err, "tavena: The compilation failed.\n");
+  EXPECT_FALSE(std::filesystem::exists(dir_.file("bad.bin")));
+  ExpectRefused(Tavena({"compile", dir_.file("none.txt")}),
+                "Brak pliku sekwencji: " + dir_.file("none.txt"));
+  ExpectRefused(Tavena({"compile", dir_.file("ok.txt"), "--now", "2009-02-30 07:04:00"}),
+                "Nieprawidłowa data i czas: \"2009-02-30 07:04:00\". Oczekiwano "
+                "RRRR-MM-DD GG:MM[:SS].");
 }
 
 TEST_F(CliTest, PortsListsNumberedPortsAndMarksThePrinter) {
@@ -111,14 +92,8 @@ TEST_F(CliTest, PortsListsNumberedPortsAndMarksThePrinter) {
                        "  Version:            1.10\n"),
             0u)
       << r.out;
-  EXPECT_NE(r.out.find("/dev/ttyUSB0  FT232R USB UART\n"), std::string::npos);
-  EXPECT_NE(r.out.find("/dev/ttyS0  Communications Port\n"), std::string::npos);
-  EXPECT_EQ(r.out.find("ttyPRN"), std::string::npos);  // no number
-  EXPECT_EQ(r.out.find("ttyS1"), std::string::npos);   // not present
-  EXPECT_NE(Tavena({"ports", "--all", "--sysfs", sysfs}).out.find("/dev/ttyS1  "),
-            std::string::npos);
-  r = Tavena({"--lang", "en", "ports", "--report", "--sysfs", sysfs});
-  EXPECT_NE(r.out.find("Driver:        cdc_acm\n"), std::string::npos);
+  EXPECT_NE(Tavena({"ports", "--all", "--sysfs", sysfs}).out.find("\n/dev/ttyS1  "),
+            std::string::npos);  // not present
   r = Tavena({"ports", "--sysfs", "/nonexistent"});
   EXPECT_EQ(r.code, 1);
   EXPECT_EQ(r.err.rfind("tavena: Krytyczny błąd w poszukiwaniu portu. ", 0), 0u);
@@ -127,79 +102,167 @@ TEST_F(CliTest, PortsListsNumberedPortsAndMarksThePrinter) {
 TEST_F(CliTest, BadInputIsRefusedBeforeThePortIsTouched) {
   // The port does not exist: reaching it would give exit 1, not 2.
   const std::string port = "/nonexistent/ttyUSB9";
-  CliRun r = Tavena({"fiscalise", "--port", port, "--nip", "123-4567-890"});
-  EXPECT_EQ(r.code, 2);
-  ExpectOneLineReason(r,
-                      "Sprawdź numer NIP. Format jest nieprawidłowy. Prawidłowe formaty: "
-                      "XXX-XX-XX-XXX XXX-XXX-XX-XX XXXXXXXXXX gdzie X jest dowolną cyfrą.");
-  r = Tavena({"vat", "--port", port, "--set", "23,8,zw,0,nakt,zw,5"});
-  EXPECT_EQ(r.code, 2);
-  ExpectOneLineReason(r,
-                      "Podano nieprawidłowe stawki VAT Może wystapić tylko jedna stawka "
-                      "zwolniona. Błąd wystąpił w stawce F");
-  r = Tavena({"header", "--port", port, "--line", "Sklep", "--line", "Café €"});
-  EXPECT_EQ(r.code, 2);
-  ExpectOneLineReason(r,
-                      "Sprawdź nagłówek w linii numer: 2 Zawiera niedopuszczalne znaki, "
-                      "albo jest pusty Nie można nagłówka zapisać.");
-  r = Tavena({"clock", "--port", port, "--set", "2026-11-21 25:00"});
-  EXPECT_EQ(r.code, 2);
-  r = Tavena({"report", "periodic", "--port", port, "--from", "2026-03-05", "--to", "2026-03-04"});
-  EXPECT_EQ(r.code, 2);
-  ExpectOneLineReason(r, "Druga data jest wcześniejsza od pierwszej.");
-  r = Tavena({"send", "--port", port, "/nonexistent/file.bin"});
-  EXPECT_EQ(r.code, 2);
-  ExpectOneLineReason(r, "Podany plik jest pusty lub brak pliku.");
-
-  r = Tavena({"info"});
-  EXPECT_EQ(r.code, 2);
-  ExpectOneLineReason(r, "Podaj port drukarki: --port /dev/ttyUSB0 albo --port com1.");
-  r = Tavena({"enq", "--port", port});
+  ExpectRefused(Tavena({"fiscalise", "--port", port, "--nip", "123-4567-890"}),
+                "Sprawdź numer NIP. Format jest nieprawidłowy. Prawidłowe formaty: "
+                "XXX-XX-XX-XXX XXX-XXX-XX-XX XXXXXXXXXX gdzie X jest dowolną cyfrą.");
+  ExpectRefused(Tavena({"vat", "--port", port, "--set", "23,8,zw,0,nakt,zw,5"}),
+                "Podano nieprawidłowe stawki VAT Może wystapić tylko jedna stawka "
+                "zwolniona. Błąd wystąpił w stawce F");
+  ExpectRefused(Tavena({"header", "--port", port, "--line", "Sklep", "--line", "Café €"}),
+                "Sprawdź nagłówek w linii numer: 2 Zawiera niedopuszczalne znaki, "
+                "albo jest pusty Nie można nagłówka zapisać.");
+  ExpectRefused(
+      Tavena({"report", "periodic", "--port", port, "--from", "2026-03-05", "--to", "2026-03-04"}),
+      "Druga data jest wcześniejsza od pierwszej.");
+  ExpectRefused(Tavena({"send", "--port", port, "/nonexistent/file.bin"}),
+                "Podany plik jest pusty lub brak pliku.");
+  ExpectRefused(Tavena({"info"}), "Podaj port drukarki: --port /dev/ttyUSB0 albo --port com1.");
+  EXPECT_EQ(Tavena({"clock", "--port", port, "--set", "2026-11-21 25:00"}).code, 2);
+  const CliRun r = Tavena({"enq", "--port", port});
   EXPECT_EQ(r.code, 1);
   EXPECT_EQ(r.err.rfind("tavena: Nie można otworzyć portu " + port + ". ", 0), 0u) << r.err;
 }
 
-TEST_F(CliTest, UsageVersionAndErrors) {
+TEST_F(CliTest, UsageVersionLanguageAndProgress) {
   CliRun r = Tavena({"--version"});
   EXPECT_EQ(r.code, 0);
   EXPECT_EQ(r.out, "tavena 0.1.0\n");
   r = Tavena({"info", "--help"});
   EXPECT_EQ(r.code, 0);
   EXPECT_NE(r.out.find("--port"), std::string::npos);
-  r = Tavena({"bogus"});
-  EXPECT_EQ(r.code, 2);
-  EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1);
-  EXPECT_EQ(Tavena({"--lang", "de", "frame", "x"}).code, 2);
-  EXPECT_EQ(Tavena({"--speed", "0", "info"}).code, 2);
-}
-
-TEST_F(CliTest, LanguageFileInTheConfigurationFolder) {
-#ifdef _WIN32
-  GTEST_SKIP() << "language.tav sits beside the program on Windows";
-#endif
+  for (const std::vector<std::string>& bad : {std::vector<std::string>{"bogus"},
+                                              {"frame"},
+                                              {"--lang", "de", "frame", "x"},
+                                              {"--speed", "0", "info"}}) {
+    r = Tavena(bad);
+    EXPECT_EQ(r.code, 2) << bad[0];
+    EXPECT_EQ(r.err.rfind("tavena: ", 0), 0u) << bad[0];
+    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << bad[0];
+  }
+  // "tavena sim" takes the simulator's own command line.
+  testing::internal::CaptureStderr();
+  for (const std::vector<std::string>& bad : {std::vector<std::string>{"sim", "--model", "KASA"},
+                                              {"sim", "--fixed-clock", "2012-13-01 00:00"},
+                                              {"--lang", "en", "sim", "--delay"},
+                                              {"sim", "--answers", "x"},
+                                              {"sim", "--what"}})
+    EXPECT_EQ(Tavena(bad).code, 2) << bad.back();
+  const std::string sim_errors = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(sim_errors.rfind("tavena-sim: unknown model: KASA", 0), 0u) << sim_errors;
+  EXPECT_NE(sim_errors.find("tavena-sim: --delay needs a value"), std::string::npos);
+#ifndef _WIN32  // language.tav sits beside the program on Windows
   // language.tav in the configuration folder picks English; --lang wins.
-  ASSERT_TRUE(std::filesystem::create_directories(config_.path() / "tavena"));
-  test::WriteFile((config_.path() / "tavena" / "language.tav").string(), "1\r\n");
-  CliRun r = Tavena({"fiscalise", "--nip", "1"});
-  EXPECT_EQ(r.err.rfind("tavena: Check the NIP number. ", 0), 0u) << r.err;
-  r = Tavena({"fiscalise", "--nip", "1", "--lang", "pl"});
-  EXPECT_EQ(r.err.rfind("tavena: Sprawdź numer NIP. ", 0), 0u) << r.err;
+  ASSERT_TRUE(std::filesystem::create_directories(dir_.file("config/tavena")));
+  test::WriteFile(dir_.file("config/tavena/language.tav"), "1\r\n");
+  EXPECT_EQ(Tavena({"fiscalise", "--nip", "1"}).err.rfind("tavena: Check the NIP number. ", 0), 0u);
+  EXPECT_EQ(Tavena({"fiscalise", "--nip", "1", "--lang", "pl"}).err.rfind("tavena: Sprawdź ", 0),
+            0u);
+#endif
+  // The send progress bar is drawn on a terminal only.
+  std::ostringstream terminal, pipe;
+  SendProgress bar(terminal, true, 200), quiet(pipe, false, 200);
+  for (SendProgress* p : {&bar, &quiet}) {
+    for (const int done : {0, 100, 200}) p->Update(done);
+    p->Finish();
+  }
+  EXPECT_EQ(terminal.str(), "\r[" + std::string(40, ' ') + "] 0%  0/200\r[" + std::string(20, '#') +
+                                std::string(20, ' ') + "] 50%  100/200\r[" + std::string(40, '#') +
+                                "] 100%  200/200\n");
+  EXPECT_EQ(pipe.str(), "");
 }
 
-TEST(CliProgress, BarOnATerminalOnly) {
-  std::ostringstream terminal, pipe;
-  SendProgress bar(terminal, true, 200);
-  bar.Update(0);
-  bar.Update(100);
-  bar.Update(200);
-  bar.Finish();
-  EXPECT_EQ(terminal.str(), "\r[" + std::string(40, ' ') + "] 0%  0/200" + "\r[" +
-                                std::string(20, '#') + std::string(20, ' ') + "] 50%  100/200" +
-                                "\r[" + std::string(40, '#') + "] 100%  200/200\n");
-  SendProgress quiet(pipe, false, 200);
-  quiet.Update(100);
-  quiet.Finish();
-  EXPECT_EQ(pipe.str(), "");
+// A LUMEN behind "com5"; the virtual clock starts at 2012-05-14 09:03:07.
+class CliPrinterTest : public CliTest {
+ protected:
+  CliRun At(std::vector<std::string> args) {
+    args.insert(args.end(), {"--port", "com5"});
+    return Tavena(args);
+  }
+  bool Got(const std::string& body) const {
+    return sim_->Record().received.find(body) != std::string::npos;
+  }
+  VirtualClock clock_;
+  ScopedClock scoped_{&clock_};
+  test::ScopedWine wine_{false};
+  std::unique_ptr<SimPrinter> sim_ = MakeSimPrinter("LUMEN");
+  SimPort port_{"com5", *sim_};
+};
+
+TEST_F(CliPrinterTest, StatusBytesFindAndInfo) {
+  EXPECT_EQ(At({"enq"}).out,
+            "0x65\nTryb szkoleniowy.\nOstatni rozkaz ziterpretowany poprawnie.\n"
+            "Drukarka nie jest w stanie transakcji.\nOstatnia transakcja zainterpretowana "
+            "poprawnie.\n");
+  EXPECT_EQ(At({"dle"}).out, "0x74\nDrukarka jest w stanie ON-LINE.\nPapier założony.\n");
+  EXPECT_EQ(At({"bel"}).code, 0);
+  EXPECT_EQ(sim_->State().bells, 1);
+  CliRun r = At({"--lang", "en", "find"});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "Port: com5\nSpeed: 9600\nKind: TAVENA LUMEN (1)\n");
+
+  r = At({"vat", "--set", "23,8,5,0,nakt,zw,nakt"});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out.rfind("Potwierdź na drukarce.", 0), 0u);
+  EXPECT_TRUE(Got("7;0;0;0;0;1;2;1$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/"));
+  EXPECT_EQ(At({"vat"}).out, "A: 23.00\nB: 8.00\nC: 5.00\nD: 0.00\nE: nakt\nF: zw\nG: nakt\n");
+  r = At({"info"});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out.rfind("ETypDrukarki: TAVENA LUMEN\nEWersjaSoftu: 1.05\n"
+                        "EFiskalny: Tryb szkoleniowy.\n",
+                        0),
+            0u)
+      << r.out;
+  EXPECT_NE(r.out.find("\nEVatE: nakt\nEVatF: zw\nEVatG: nakt\n"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("\nENumerPF: BLM01000017\nECzasDrukarki: 2012-05-14 09:03\n"),
+            std::string::npos);
+
+  sim_->Faults().silent = true;
+  const int64_t start = clock_.NowMs();
+  r = At({"info"});
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.out.rfind("ETypDrukarki: Nieokreślony\nEWersjaSoftu: Nieokreślony\n"
+                        "EFiskalny: Błąd komunikacji.\nEIloscZerowan: Brak\n",
+                        0),
+            0u)
+      << r.out;
+  EXPECT_NE(r.out.find("\nECzasDrukarki: Brak\nEDataPierwszegoRD: Brak\n"), std::string::npos);
+  EXPECT_EQ(r.err, "tavena: Drukarka nie odpowiada na porcie com5.\n");
+  EXPECT_LT(clock_.NowMs() - start, 8000);
+  EXPECT_EQ(At({"enq"}).code, 1);
+}
+
+TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
+  CliRun r = At({"clock", "--set", "2025-06-07 08:09:10"});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, "2025-06-07 08:09\n");
+  EXPECT_TRUE(Got("25;6;7;8;9;10$c"));
+  At({"clock", "--set", "2012-05-14 09:03"});
+
+  r = At({"header", "--line", "Sklep", "--line", "Łódź", "--center", "1", "--bold", "2"});
+  EXPECT_EQ(r.out, "Drukarka przyjęła rozkaz.\n");
+  // Centred: 17 blanks before 5 letters; double width in SO .. DC4, in Mazovia.
+  EXPECT_TRUE(Got("0$f" + std::string(17, ' ') +
+                  "Sklep\r\x0E\x9C\xA2"
+                  "d\xA6\x14\r\xFF"));
+  EXPECT_EQ(At({"receipt-test"}).code, 0);
+  EXPECT_TRUE(Got("0$h"));
+  EXPECT_TRUE(Got("1$lTowar testowy 1gr\r1\rA/0.01/0.01/"));
+  EXPECT_TRUE(Got("1;0;3;0$eNRS5555\rStopka 1\rStopka 2\rStopka 3\r0.01/0.01/"));
+  EXPECT_EQ(sim_->State().receipts, 1);
+  EXPECT_EQ(At({"report", "periodic", "--from", "2012-05-01", "--to", "2012-05-14"}).code, 0);
+  EXPECT_TRUE(Got("12;05;01;12;05;14;0#o"));
+
+  r = At({"--lang", "en", "fiscalise", "--nip", "123-45-67-890"});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out.rfind("Fiscal mode.\nOlder printer: ", 0), 0u) << r.out;
+  EXPECT_TRUE(Got("1;12;05;14#r"));
+  EXPECT_TRUE(Got("0$fNIP 123-45-67-890\xFF"));
+  EXPECT_EQ(At({"status", "--param", "0", "--selector", "1"}).out, "1\n");
+  EXPECT_EQ(At({"report", "daily"}).out, "Drukarka przyjęła rozkaz.\n");
+  EXPECT_EQ(sim_->State().daily_reports, 2);
+  r = At({"fiscalise", "--nip", "123-45-67-890"});  // already fiscal: error 13
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.err, "tavena: Drukarka nie przyjęła rozkazu (ENQ 0x69).\n");
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "TestSupport.h"
 #include "sequence/Clock.h"
 #include "sequence/Codepage.h"
@@ -17,8 +19,8 @@ const LocalTime kInstant{2009, 3, 5, 7, 4, 33, 0};
 
 struct Result {
   bool ok;
-  std::string bytes;                  // hex
-  std::vector<std::string> messages;  // UTF-8
+  std::string bytes;     // hex
+  std::string messages;  // UTF-8, one line each
 };
 
 // Compiles a UTF-8 source whose lines are separated by "\n".
@@ -30,28 +32,14 @@ Result CompileText(const std::string& source, int language = 1) {
   std::vector<std::string> messages;
   const auto lines = SeqCompileClass::SplitLines(Utf8ToCp1250(source));
   Result r{compiler.Compile(lines, &messages), Hex(compiler.output.ToString()), {}};
-  for (const std::string& m : messages) r.messages.push_back(Cp1250ToUtf8(m));
+  for (const std::string& m : messages) r.messages += Cp1250ToUtf8(m) + "\n";
   MessageLanguage = 0;
   return r;
 }
 
-struct BytesCase {
-  const char* source;
-  const char* hex;
-};
-
-void ExpectBytes(const std::vector<BytesCase>& cases) {
-  for (const BytesCase& c : cases) {
-    const Result r = CompileText(c.source);
-    EXPECT_TRUE(r.ok) << c.source << "\n" << (r.messages.empty() ? "" : r.messages[0]);
-    EXPECT_EQ(r.bytes, c.hex) << c.source;
-    ASSERT_EQ(r.messages.size(), 1u) << c.source;
-    EXPECT_NE(r.messages[0].find(": End of compile. No errors."), std::string::npos);
-  }
-}
-
-TEST(SeqCompileClass, EscapesGiveTheirBytes) {
-  ExpectBytes({
+TEST(SeqCompileClass, CompiledBytes) {
+  const std::pair<const char*, const char*> cases[] = {
+      // Escapes.
       {R"(seq = \E\e\R\r\N\n\F\f\\\<end>)", "1B 1B 0D 0D 0A 0A FF FF 5C"},
       {R"(seq = \<ESC>\<esc>\<eSc>\<CR>\<Lf>\<FF>\<ff>\<SPC>\<end>)", "1B 1B 1B 0D 0A FF FF 20"},
       {R"(seq = \x41\x4a\xFf\x4Z\xG1\x 4\x-1\<end>)", "41 4A FF 04 00 00 00"},
@@ -61,11 +49,7 @@ TEST(SeqCompileClass, EscapesGiveTheirBytes) {
        "35 2E 33 2E 39 32 30 30 39 37 3A 37 37"},
       {R"(seq = \<ESC>P 1 2\<end>)", "1B 50 31 32"},
       {R"(seq = AB\<ESC>cd\<end>)", "41 42 1B 63 64"},
-  });
-}
-
-TEST(SeqCompileClass, LiteralsPlainBytesAndSequenceWords) {
-  ExpectBytes({
+      // Literals, dropped bytes, sequence words and comments.
       {R"(seq = AB 'x y'\<end>)", "78 20 79"},
       {R"(seq = AB\<SPC>'x y'\<end>)", "41 42 78 20 79"},
       {"seq = AB\\<SPC>\n'x y'\\<end>", "41 42 20 78 20 79"},
@@ -82,112 +66,74 @@ TEST(SeqCompileClass, LiteralsPlainBytesAndSequenceWords) {
       {"\\<comment> seq = A\\<end> \\<end_comment> seq = B\\<end>", "42"},
       {"\\<C> seq = A\\<end>\n\\<e> seq = B\\<end>", "42"},
       {"seq = A\\; \\q ignored \\<end>\nB\\<end>", "41 42"},
-  });
-}
-
-TEST(SeqCompileClass, ControlSumIsTwoHexDigitsAndSpansSequences) {
-  ExpectBytes({
+      // The control sum: two hex digits, may span sequences.
       {R"(seq = \<check_start>AB\<check_insert>\<end>)", "41 42 46 43"},
       {R"(seq = \<check_start>A\<end> seq = B\<Check_Insert>\<end>)", "41 42 46 43"},
       {R"(seq = \<CHECK_START>'ą'\<check_insert>\<end>)", "86 37 39"},
       {R"(seq = \<check_start>\<D>\<check_insert>\<end>)", "35 43 41"},
       {R"(seq = \<check_start>A\<end>)", "41"},
-  });
-}
-
-struct MessageCase {
-  const char* source;
-  const char* hex;
-  std::vector<std::string> english;
-  std::vector<std::string> polish;
-};
-
-TEST(SeqCompileClass, MessagesCarryLineCountsInBothLanguages) {
-  const std::vector<MessageCase> cases = {
-      {R"(seq = \q\<end>)",
-       "",
-       {"0: Failure character or sequence.", "1: There is 1 error."},
-       {"0: Nierozpoznany znak lub sekwencja.", "1: Wykryto: 1 błędów."}},
-      {"\n\n\n\nseq = \\<foo>\\<A65>\\<>\\<end>",
-       "",
-       {"4: Failure character or sequence.", "4: Failure character or sequence.",
-        "4: Failure character or sequence.", "5: There is 3 errors."},
-       {"4: Nierozpoznany znak lub sekwencja.", "4: Nierozpoznany znak lub sekwencja.",
-        "4: Nierozpoznany znak lub sekwencja.", "5: Wykryto: 3 błędów."}},
-      {"seq = A\\\n\\<end>",
-       "41",
-       {"1: Failure character or sequence.", "2: There is 1 error."},
-       {"1: Nierozpoznany znak lub sekwencja.", "2: Wykryto: 1 błędów."}},
-      {R"(seq = \<check_start>\<check_start>A\<check_insert>\<end>)",
-       "41 42 45",
-       {"0: Second open control sum sequence.", "1: There is 1 error."},
-       {"0: Podwójne rozpoczęcie badania sumy kontrolnej", "1: Wykryto: 1 błędów."}},
-      {"seq = A\n\\<check_insert>\\<end>",
-       "41",
-       {"1: Ending open control sum sequence before open.", "2: There is 1 error."},
-       {"1: Zamknięcie sekwencji sumy bez jej rozpoczęcia.", "2: Wykryto: 1 błędów."}},
-      {"seq = AB",
-       "41 42",
-       {"1: Absence of end mark.", "1: There is 1 error."},
-       {"1: Brak znacznika końca.", "1: Wykryto: 1 błędów."}},
-      {"seq = AB\n\n   \n",
-       "41 42",
-       {"3: Absence of end mark.", "3: There is 1 error."},
-       {"3: Brak znacznika końca.", "3: Wykryto: 1 błędów."}},
-      // A comment block inside a sequence swallows the rest, \<end> included.
-      {"seq = A\\<c>B\\<e>C\\<end>\nseq = D\\<end>\\",
-       "41",
-       {"2: Absence of end mark.", "2: There is 1 error."},
-       {"2: Brak znacznika końca.", "2: Wykryto: 1 błędów."}},
-      {"seq = \\<comment>",
-       "",
-       {"1: Absence of end mark.", "1: There is 1 error."},
-       {"1: Brak znacznika końca.", "1: Wykryto: 1 błędów."}},
-      {"",
-       "",
-       {"0: Input file is empty.", "0: There is 1 error."},
-       {"0: Input file is empty.", "0: Wykryto: 1 błędów."}},
-      {R"(Seq =A\<end>)",
-       "",
-       {"1: Input file is empty.", "1: There is 1 error."},
-       {"1: Input file is empty.", "1: Wykryto: 1 błędów."}},
-      {"\\<comment> seq = A\\<end>",
-       "",
-       {"1: Input file is empty.", "1: There is 1 error."},
-       {"1: Input file is empty.", "1: Wykryto: 1 błędów."}},
-      {"seq = A\\<end>\nseq = B\\q\\w\\<end>",
-       "41 42",
-       {"1: Failure character or sequence.", "1: Failure character or sequence.",
-        "2: There is 2 errors."},
-       {"1: Nierozpoznany znak lub sekwencja.", "1: Nierozpoznany znak lub sekwencja.",
-        "2: Wykryto: 2 błędów."}},
-      {"seq = A\\; note\n'b\nc'\\q\\<end>",
-       "41 62 0D 63",
-       {"2: Failure character or sequence.", "3: There is 1 error."},
-       {"2: Nierozpoznany znak lub sekwencja.", "3: Wykryto: 1 błędów."}},
-      {"x\nseq = A\\<end>",
-       "41",
-       {"2: End of compile. No errors."},
-       {"2: Koniec przetwarzania. Brak błędów."}},
   };
-  for (const MessageCase& c : cases) {
-    const Result en = CompileText(c.source, 1);
-    EXPECT_EQ(en.ok, c.english.size() == 1) << c.source;
-    EXPECT_EQ(en.bytes, c.hex) << c.source;
-    EXPECT_EQ(en.messages, c.english) << c.source;
-    EXPECT_EQ(CompileText(c.source, 0).messages, c.polish) << c.source;
+  for (const auto& [source, hex] : cases) {
+    const Result r = CompileText(source);
+    EXPECT_TRUE(r.ok) << source;
+    EXPECT_EQ(r.bytes, hex) << source;
+    EXPECT_TRUE(r.messages.ends_with(": End of compile. No errors.\n")) << r.messages;
+    EXPECT_EQ(std::count(r.messages.begin(), r.messages.end(), '\n'), 1) << source;
   }
 }
 
-TEST(SeqCompileClass, StopsExaminingAfterFiftyMessages) {
-  std::string bad;
-  for (int i = 0; i < 60; ++i) bad += "\\q";
-  const Result r = CompileText("seq = " + bad + "\\<end>\nseq = A\\<end>");
-  ASSERT_EQ(r.messages.size(), 52u);
-  EXPECT_EQ(r.messages[49], "0: Failure character or sequence.");
-  EXPECT_EQ(r.messages[50], "0: Absence of end mark.");
-  EXPECT_EQ(r.messages[51], "0: There is 51 errors.");
-  EXPECT_EQ(CompileText("seq = " + bad + "\\<end>", 0).messages.back(), "0: Wykryto: 51 błędów.");
+TEST(SeqCompileClass, MessagesCarryLineCountsInBothLanguages) {
+  const std::string bad = "Failure character or sequence.\n";
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+      {R"(seq = \q\<end>)", "", "0: " + bad + "1: There is 1 error.\n"},
+      {"\n\n\n\nseq = \\<foo>\\<A65>\\<>\\<end>", "",
+       "4: " + bad + "4: " + bad + "4: " + bad + "5: There is 3 errors.\n"},
+      {"seq = A\\\n\\<end>", "41", "1: " + bad + "2: There is 1 error.\n"},
+      {R"(seq = \<check_start>\<check_start>A\<check_insert>\<end>)", "41 42 45",
+       "0: Second open control sum sequence.\n1: There is 1 error.\n"},
+      {"seq = A\n\\<check_insert>\\<end>", "41",
+       "1: Ending open control sum sequence before open.\n2: There is 1 error.\n"},
+      {"seq = AB", "41 42", "1: Absence of end mark.\n1: There is 1 error.\n"},
+      {"seq = AB\n\n   \n", "41 42", "3: Absence of end mark.\n3: There is 1 error.\n"},
+      // A comment block inside a sequence swallows the rest, \<end> included.
+      {"seq = A\\<c>B\\<e>C\\<end>\nseq = D\\<end>\\", "41",
+       "2: Absence of end mark.\n2: There is 1 error.\n"},
+      {"seq = \\<comment>", "", "1: Absence of end mark.\n1: There is 1 error.\n"},
+      {"", "", "0: Input file is empty.\n0: There is 1 error.\n"},
+      {R"(Seq =A\<end>)", "", "1: Input file is empty.\n1: There is 1 error.\n"},
+      {"\\<comment> seq = A\\<end>", "", "1: Input file is empty.\n1: There is 1 error.\n"},
+      {"seq = A\\<end>\nseq = B\\q\\w\\<end>", "41 42",
+       "1: " + bad + "1: " + bad + "2: There is 2 errors.\n"},
+      {"seq = A\\; note\n'b\nc'\\q\\<end>", "41 62 0D 63", "2: " + bad + "3: There is 1 error.\n"},
+      {"x\nseq = A\\<end>", "41", "2: End of compile. No errors.\n"},
+  };
+  for (const auto& [source, hex, english] : cases) {
+    const Result en = CompileText(source, 1);
+    EXPECT_EQ(en.ok, english.ends_with("No errors.\n")) << source;
+    EXPECT_EQ(en.bytes, hex) << source;
+    EXPECT_EQ(en.messages, english) << source;
+  }
+  const std::pair<std::string, std::string> polish[] = {
+      {R"(seq = \q\<end>)", "0: Nierozpoznany znak lub sekwencja.\n1: Wykryto: 1 błędów.\n"},
+      {R"(seq = \<check_start>\<check_start>A\<check_insert>\<end>)",
+       "0: Podwójne rozpoczęcie badania sumy kontrolnej\n1: Wykryto: 1 błędów.\n"},
+      {"seq = A\n\\<check_insert>\\<end>",
+       "1: Zamknięcie sekwencji sumy bez jej rozpoczęcia.\n2: Wykryto: 1 błędów.\n"},
+      {"seq = AB", "1: Brak znacznika końca.\n1: Wykryto: 1 błędów.\n"},
+      {"", "0: Input file is empty.\n0: Wykryto: 1 błędów.\n"},
+      {"x\nseq = A\\<end>", "2: Koniec przetwarzania. Brak błędów.\n"},
+  };
+  for (const auto& [source, messages] : polish)
+    EXPECT_EQ(CompileText(source, 0).messages, messages) << source;
+  // After 50 messages the rest, \<end> included, is not examined.
+  std::string sixty;
+  for (int i = 0; i < 60; ++i) sixty += "\\q";
+  const Result r = CompileText("seq = " + sixty + "\\<end>\nseq = A\\<end>");
+  EXPECT_EQ(std::count(r.messages.begin(), r.messages.end(), '\n'), 52);
+  EXPECT_TRUE(
+      r.messages.ends_with("0: " + bad + "0: Absence of end mark.\n0: There is 51 errors.\n"));
+  EXPECT_TRUE(
+      CompileText("seq = " + sixty + "\\<end>", 0).messages.ends_with("0: Wykryto: 51 błędów.\n"));
   EXPECT_FALSE(r.ok);
 }
 
@@ -239,31 +185,28 @@ TEST(SeqCompileClass, SourceFilesUseCrLfAndReadLoneLf) {
 }
 
 TEST(SeqCompileClass, DescribesEveryEscapeInBothLanguages) {
-  const char* escapes[] = {
-      "\\E ",    "\\<ESC>",     "\\R ",    "\\<CR>",          "\\N ",
-      "\\<LF>",  "\\F ",        "\\<FF>",  "\\<SPC>",         "\\\\ ",
-      "\\xHH",   "\\<nnn>",     "\\<Y> ",  "\\<LY>",          "\\<M> ",
-      "\\<D> ",  "\\<H> ",      "\\<MIN>", "\\<CHECK_START>", "\\<CHECK_INSERT>",
-      "\\<C>",   "\\<COMMENT>", "\\<E>",   "\\<END_COMMENT>", "\\; ",
-      "\\<END> "};
-  std::vector<std::vector<std::string>> texts;
-  for (const int language : {0, 1}) {
+  const std::pair<int, const char*> starts[] = {{0, "Kompilowany jest tylko tekst między seg = a"},
+                                                {1, "Only text between seq = and"}};
+  for (const auto& [language, third_line] : starts) {
     MessageLanguage = language;
     std::vector<std::string> lines = {"kept"};
     SeqCompileClass::DescribeNotation(lines);
-    EXPECT_EQ(lines.front(), "kept");
+    MessageLanguage = 0;
+    ASSERT_GT(lines.size(), 2u);
+    EXPECT_EQ(lines[0], "kept");
+    EXPECT_EQ(Cp1250ToUtf8(lines[2]).find(third_line), 0u);
     std::string all;
-    for (const std::string& line : lines) {
-      EXPECT_EQ(line.find('\r'), std::string::npos);
-      all += Cp1250ToUtf8(line) + "\n";
-    }
-    for (const char* e : escapes) EXPECT_NE(all.find(e), std::string::npos) << e;
-    texts.push_back(lines);
+    for (const std::string& line : lines) all += Cp1250ToUtf8(line) + "\n";
+    EXPECT_EQ(all.find('\r'), std::string::npos);
+    for (const char* e :
+         {"\\E ",    "\\<ESC>",     "\\R ",    "\\<CR>",          "\\N ",
+          "\\<LF>",  "\\F ",        "\\<FF>",  "\\<SPC>",         "\\\\ ",
+          "\\xHH",   "\\<nnn>",     "\\<Y> ",  "\\<LY>",          "\\<M> ",
+          "\\<D> ",  "\\<H> ",      "\\<MIN>", "\\<CHECK_START>", "\\<CHECK_INSERT>",
+          "\\<C>",   "\\<COMMENT>", "\\<E>",   "\\<END_COMMENT>", "\\; ",
+          "\\<END> "})
+      EXPECT_NE(all.find(e), std::string::npos) << language << e;
   }
-  MessageLanguage = 0;
-  EXPECT_EQ(texts[0].size(), texts[1].size());
-  EXPECT_EQ(Cp1250ToUtf8(texts[0][2]).find("Kompilowany jest tylko tekst między seg = a"), 0u);
-  EXPECT_EQ(texts[1][2].find("Only text between seq = and"), 0u);
 }
 
 }  // namespace
