@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "Tavenaversion.h"
 #include "app/Coreprinterlink.h"
 #include "app/Settings.h"
 #include "app/Simulator.h"
@@ -36,7 +37,8 @@ const char* const kUsage =
     "                      serial-ports.png into DIR and quit; the user's settings are\n"
     "                      neither read nor written\n"
     "  --close-after MS    close the main window MS milliseconds after it is shown\n"
-    "  -h, --help          print this help\n";
+    "  -h, --help          print this help\n"
+    "  --version           print the version\n";
 
 struct Options {
   bool help = false;
@@ -95,19 +97,25 @@ void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
   ports->grab().save(folder + QStringLiteral("/serial-ports.png"));
 }
 
-// --help is answered before the window system is reached, so it also works
-// without a display.
-bool AsksForHelp(int argc, char** argv) {
+// --help and --version are answered before the window system is reached, so
+// they also work without a display.
+bool Asks(int argc, char** argv, const char* short_name, const char* long_name) {
   for (int i = 1; i < argc; ++i)
-    if (std::strcmp(argv[i], "-h") == 0 || std::strcmp(argv[i], "--help") == 0) return true;
+    if ((short_name && std::strcmp(argv[i], short_name) == 0) ||
+        std::strcmp(argv[i], long_name) == 0)
+      return true;
   return false;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (AsksForHelp(argc, argv)) {
+  if (Asks(argc, argv, "-h", "--help")) {
     std::fputs(kUsage, stdout);
+    return 0;
+  }
+  if (Asks(argc, argv, nullptr, "--version")) {
+    std::printf("tavena-service %s\n", tavena::kVersion);
     return 0;
   }
   QApplication app(argc, argv);

@@ -9,6 +9,7 @@
 
 #include "Simprinter.h"
 #include "Simserver.h"
+#include "Tavenaversion.h"
 
 namespace tavena {
 
@@ -33,6 +34,7 @@ constexpr const char* kUsage =
     "  --quiet               log nothing but failures\n"
     "  --list-models         print the model names and exit\n"
     "  -h, --help            print this help and exit\n"
+    "  --version             print the version and exit\n"
     "\n"
     "Faults:\n"
     "  --silent              answer nothing\n"
@@ -52,6 +54,7 @@ struct Options {
   bool fiscal = false;
   bool list_models = false;
   bool help = false;
+  bool version = false;
   SimServerOptions server;
   SimFaults faults;
 };
@@ -108,6 +111,7 @@ class Parser {
 
   bool One(const std::string& a, Options& o, std::string& error) {
     if (a == "-h" || a == "--help") return o.help = true;
+    if (a == "--version") return o.version = true;
     if (a == "--list-models") return o.list_models = true;
     if (a == "--fiscal") return o.fiscal = true;
     if (a == "--quiet") return o.server.quiet = true;
@@ -171,6 +175,10 @@ int SimMain(int argc, char** argv) {
   }
   if (o.help) {
     std::fputs(kUsage, stdout);
+    return 0;
+  }
+  if (o.version) {
+    std::printf("tavena-sim %s\n", kVersion);
     return 0;
   }
   if (o.list_models) {

@@ -1,5 +1,6 @@
 #include "About.h"
 
+#include "Tavenaversion.h"
 #include "app/Fonts.h"
 #include "ui_About.h"
 
@@ -7,6 +8,7 @@ namespace tavena {
 
 TAboutForm::TAboutForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TAboutForm) {
   ui->setupUi(this);
+  ui->LabelVersion->setText(QStringLiteral("Wersja ") + QLatin1String(kVersion));
   connect(ui->OKButton, &QPushButton::clicked, this, &TAboutForm::OKButtonClick);
 }
 
@@ -22,6 +24,7 @@ QString TAboutForm::Text() const {
 
 void TAboutForm::FormShow() {
   ApplyFont(ui->Label1, Fonts().info);
+  ApplyFont(ui->LabelVersion, Fonts().info);
   CentreOnScreen(*this);
 }
 

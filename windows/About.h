@@ -1,4 +1,4 @@
-// "O programie": one text line and an OK button.
+// "O programie": one text line, the version under it and an OK button.
 #pragma once
 
 #include <memory>
