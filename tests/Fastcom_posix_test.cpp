@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "TestSupport.h"
+#include "sequence/Clock.h"
 #include "transport/Fastcom.h"
 
 namespace tavena {
@@ -122,6 +123,28 @@ TEST_F(FastComPty, SendWholeAndByteByByte) {
   EXPECT_GE(SteadyMs() - start, 30);
   EXPECT_LT(SteadyMs() - start, 500);
   EXPECT_EQ(Read(3), "xyz");
+}
+
+TEST_F(FastComPty, ACommandWrittenJustBeforeCloseArrivesWhole) {
+  VirtualClock clock;  // the channel's own pauses pass at once
+  ScopedClock scoped(&clock);
+  std::string sent, got;
+  char part[8];
+  for (int i = 0; i < 50; ++i) {
+    FastCom com;
+    ASSERT_TRUE(Open(com));
+    const std::string frame =
+        "\x1bP7$p" + std::to_string(i) + ".00/8.00/5.00/0.00/101/101/100/\x1b\\";
+    ASSERT_TRUE(com.Send(iBuffer(frame)));
+    ASSERT_TRUE(com.Close());
+    sent += frame;
+    // A slow reader: a few bytes per command.
+    pollfd p{master_, POLLIN, 0};
+    const ssize_t r = poll(&p, 1, 1) > 0 ? read(master_, part, sizeof part) : 0;
+    if (r > 0) got.append(part, static_cast<size_t>(r));
+  }
+  got += Read(sent.size() - got.size());
+  EXPECT_EQ(got, sent);
 }
 
 TEST_F(FastComPty, ReadsEndAndNothingHangsWhenTheOtherSideMisbehaves) {
