@@ -23,6 +23,12 @@ std::string Cp(const char* utf8) {
   return Utf8ToCp1250(utf8);
 }
 
+std::string Repeat(const std::string& text, int times) {
+  std::string out;
+  while (times-- > 0) out += text;
+  return out;
+}
+
 // A simulated printer of a model behind the port "com5", and a printer
 // object open on it.
 class Bench {
@@ -201,7 +207,8 @@ std::string DefaultsLog(const std::string& no_read, const std::string& error) {
   return "EIloscZerowan=" + no_read + "|EOstatniZapis=" + no_read + "|" +
          RowLog("EVat", std::vector<std::string>(7, error)) +
          RowLog("ETot", std::vector<std::string>(7, error)) + "ENumerPF=" + no_read +
-         "|ECzasDrukarki=" + no_read + "|EDataPierwszegoRD=" + no_read + "|";
+         "|ECzasDrukarki=" + no_read + "|EDataPierwszegoRD=" + Cp("Początek") +
+         "|EDataPierwszegoRD=" + no_read + "|";
 }
 
 TEST_F(DrukarkaSimTest, FillStatusFieldsHealthyPrinter) {
@@ -287,17 +294,19 @@ TEST_F(DrukarkaSimTest, FindPrinterOtherOutcomes) {
   Bench copy("EJ-COPY");
   copy.printer.monitor = &lines;
   EXPECT_EQ(copy.Find(), kFindUniqueNumber);
-  EXPECT_EQ(copy.sim().Record().unique_requests, 1);
-  EXPECT_NE(std::find(lines.all.begin(), lines.all.end(),
-                      Cp("Wybrano port com5 i prędkość 9600. Znak 0x4E.")),
-            lines.all.end());
+  EXPECT_EQ(copy.sim().Record().unique_requests, 2);  // the probe, then the composite
+  for (const char* line :
+       {"Wybrano port com5 i prędkość 9600. Znak 0x4E.", "Główne przetwarzanie com5 9600."})
+    EXPECT_NE(std::find(lines.all.begin(), lines.all.end(), Cp(line)), lines.all.end()) << line;
 
   Bench noisy("LUMEN");
   noisy.sim().Faults().noise_every_ms = 50;
   const int64_t start = NowMs();
+  noisy.printer.monitor = &lines;
   EXPECT_EQ(noisy.Find(), kFindNotQuiet);
   EXPECT_LT(NowMs() - start, 2500);
   EXPECT_EQ(noisy.Received(), "");  // nothing was sent
+  EXPECT_EQ(lines.all.back(), Cp("<com5><,> Port nie ucichł w ciągu 2000 ms."));
 
   Bench wrong_speed("LUMEN", 19200);
   EXPECT_EQ(wrong_speed.Find(), kFindNothing);
@@ -318,12 +327,12 @@ TEST_F(DrukarkaSimTest, FindPrinterOtherOutcomes) {
   for (const std::string& l : lines.all) at += at < wanted.size() && l == wanted[at];
   EXPECT_EQ(at, wanted.size());
 
-  // Long mode: the answer holds only the unique number, but the printer
-  // answered the status probe, so it is a printer.
+  // Long mode: an answer with only the unique number gives 2, even after a
+  // status byte answered the probe.
   Bench long_mode("SOLIDA EJ");
   int32_t speed = 4800;  // raised to 9600
   const int64_t long_start = NowMs();
-  EXPECT_EQ(long_mode.FindTyped(3, true, &speed), kFindPrinter);
+  EXPECT_EQ(long_mode.FindTyped(3, true, &speed), kFindUniqueNumber);
   EXPECT_EQ(speed, 9600);
   EXPECT_EQ(long_mode.sim().Record().frames[0].body, "&dBD");
   EXPECT_EQ(long_mode.sim().Record().unique_requests, 1);
@@ -344,8 +353,8 @@ TEST_F(DrukarkaSimTest, FindPrinterProbeBytesAndRhythm) {
               std::string("\n\x05") + (baud == 9600 ? korvus : "") + identity + "\x10\x05" + unique)
         << baud;
   }
-  // A typed probe goes again after 300 ms + 1000 ms while its 2000 ms last;
-  // the unique-number probe waits 2000 ms for type 3, 15000 ms for 5 and 7.
+  // A typed probe goes again after 300 ms (500 ms for the unique number) and
+  // a 1000 ms pause while its allowance lasts: 2000 ms, 15000 ms for 5 and 7.
   struct Typed {
     int type;
     std::string sent;
@@ -353,9 +362,9 @@ TEST_F(DrukarkaSimTest, FindPrinterProbeBytesAndRhythm) {
   };
   const Typed typed[] = {{1, identity + identity, 100 + 2 * 1300, 100 + 3 * 1300},
                          {6, korvus + korvus, 100 + 2 * 1300, 100 + 3 * 1300},
-                         {3, "\x1a\x1bS", 2000, 2600},
-                         {5, "\x1a\x1bS", 15000, 15600},
-                         {7, "\x1a\x1bS", 15000, 15600}};
+                         {3, Repeat("\x1a\x1bS", 2), 100 + 2 * 1500, 100 + 2 * 1500 + 300},
+                         {5, Repeat("\x1a\x1bS", 10), 100 + 10 * 1500, 100 + 10 * 1500 + 300},
+                         {7, Repeat("\x1a\x1bS", 10), 100 + 10 * 1500, 100 + 10 * 1500 + 300}};
   for (const Typed& t : typed) {
     Bench silent(t.type == 1 || t.type == 6 ? "LUMEN" : "SOLIDA EJ");
     silent.sim().Faults().silent = true;
