@@ -215,16 +215,6 @@ int RunFind(CliContext& ctx, const FindOptions& o) {
 
 // ---- enq, dle, bel ----
 
-// The window's reading of DLE: a mechanism fault replaces the first line.
-std::vector<std::string> DleLines(int s) {
-  std::vector<std::string> lines = DleBitTexts(s);
-  if (!NoCommunication(s) && (s & 0x01) != 0 && lines.size() == 3) {
-    lines[0] = lines[2];
-    lines.pop_back();
-  }
-  return lines;
-}
-
 // The byte in hex and its interpretation lines.
 int ShowControlByte(CliContext& ctx, char which, int s) {
   if (!NoCommunication(s)) {
@@ -232,7 +222,8 @@ int ShowControlByte(CliContext& ctx, char which, int s) {
     std::snprintf(byte, sizeof byte, "0x%02X", s & 0xFF);
     ctx.out << byte << '\n';
   }
-  for (const std::string& line : which == 'e' ? EnqBitTexts(s) : DleLines(s)) PrintLine(ctx, line);
+  for (const std::string& line : which == 'e' ? EnqLines(s) : DleLines(s))
+    if (!line.empty()) PrintLine(ctx, line);
   return NoCommunication(s) ? kExitPrinter : kExitDone;
 }
 
