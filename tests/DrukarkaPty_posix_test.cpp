@@ -8,10 +8,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "TestSupport.h"
 #include "protocol/Drukarka.h"
 
 extern char** environ;
@@ -98,6 +101,62 @@ TEST(DrukarkaPtyTest, FindReadAndProgramOverAPseudoTerminal) {
   EXPECT_TRUE(printer.SendStreamConfirmed(iBuffer(stream), 5));
   EXPECT_EQ(printer.QueryENQ() & 0x06, 0x04);  // command understood, no transaction open
   printer.Close();
+}
+
+// A few faults of the fault matrix in real time: each ends in its bound and
+// the printer receives exactly the request (nothing on a noisy line).
+TEST(DrukarkaPtyTest, FaultsEndInTimeOverAPseudoTerminal) {
+  test::TempDir dir;
+  const auto in_turn = [](const std::function<std::string(Drukarka&)>& request) {
+    return [request](Drukarka& p) {
+      p.Open();
+      const std::string result = request(p);
+      p.Close();
+      return result;
+    };
+  };
+  struct Case {
+    std::vector<std::string> args;
+    std::function<std::string(Drukarka&)> run;
+    std::string result, received;
+    int64_t bound_ms;
+  };
+  const Case cases[] = {
+      {{"--noise", "20"},
+       [](Drukarka& p) {
+         MapForm form;
+         p.FillStatusFields(form, p.port_name, p.speed);
+         return form.texts["ETypDrukarki"] + (p.LineNotQuiet() ? " not quiet" : "");
+       },
+       "Nieokre\x9Clony not quiet",
+       "",
+       2420 + 500},
+      {{"--silent"},
+       in_turn([](Drukarka& p) { return std::to_string(p.QueryENQ()); }),
+       "-1",
+       "\x05",
+       1610 + 500},
+      {{"--line-rate", "--baud", "9600"},
+       in_turn([](Drukarka& p) {
+         p.SetVatRates({23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt});
+         return std::to_string(p.QueryENQ());
+       }),
+       "101",
+       "\x1bP7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/98\x1b\\\x05",
+       1000},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> args = c.args;
+    args.insert(args.end(), {"--quiet", "--record", dir.file("received")});
+    SimServer sim(args);
+    Drukarka printer;
+    printer.SetPort(sim.Path(), 9600);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(c.run(printer), c.result) << c.args[0];
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(c.bound_ms))
+        << c.args[0];
+    EXPECT_EQ(test::ReadFile(dir.file("received")), c.received) << c.args[0];
+  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <set>
 
 #include "Fakeserial.h"
@@ -381,6 +382,117 @@ TEST_F(DrukarkaSimTest, FindPrinterProbeBytesAndRhythm) {
   EXPECT_EQ(found.Find(), kFindPrinter);
   EXPECT_EQ(found.Received(), "\n\x05\x18\x1bP0#e89\x1b\\ \x1bP0$e8E\x1b\\ \x1bP#v\x1b\\ \x1bS");
   EXPECT_LT(NowMs() - start, 100 + 500 + 1500);
+}
+
+// Every fault of the simulated printer against every operation of the
+// printer object (each between Open and Close): the operation ends within
+// the bound its time-outs give; its first request reaches the printer,
+// except on a closed line, and on a noisy line for the two that check quiet.
+TEST_F(DrukarkaSimTest, FaultMatrixEveryOperationEnds) {
+  struct Op {
+    const char* name;
+    std::function<std::string(Drukarka&)> run;
+    std::string first;          // the first request, as it reaches the printer
+    int bound_ms;               // open and close: 110 ms
+    bool checks_quiet = false;  // opens by itself and asks nothing on a noisy line
+  };
+  const std::string stream = "\x1bP0$h83\x1b\\\x1bP0$e8E\x1b\\";
+  const auto sent = [](bool ok) { return std::string(ok ? "1" : "0"); };
+  const Op ops[] = {
+      // 10 ms + quiet check 2300 + 10 reads of 100 + their limits (2 x 4000,
+      // 6 x 3000, 2200) + 3 x 3000 + 100.
+      {"fill",
+       [](Drukarka& p) {
+         RecordingForm form(MainWindowControls());
+         p.FillStatusFields(form, "com5", 9600);
+         return form.log.substr(0, form.log.find('|'));
+       },
+       "\x1bP#v\x1b\\", 40610, true},
+      // 10 + 2300 + probes 4 x 500 + 2500 + composite 1500 + 100.
+      {"search",
+       [](Drukarka& p) {
+         std::string port = "com5";
+         int32_t speed = 9600;
+         return std::to_string(p.FindPrinter(port, speed, 0, false));
+       },
+       "\n\x05", 8410, true},
+      {"enq", [](Drukarka& p) { return std::to_string(p.QueryENQ()); }, "\x05", 110 + 1500},
+      {"dle", [](Drukarka& p) { return std::to_string(p.QueryDLE()); }, "\x10", 110 + 800},
+      {"bel", [&](Drukarka& p) { return sent(p.SendBEL()); }, "\x07", 110},
+      {"clock", [](Drukarka& p) { return p.ReadClock(); }, "\x1bP0#c\x1b\\", 110 + 2220},
+      {"clock set", [&](Drukarka& p) { return sent(p.SetClock(2012, 5, 31, 23, 59, 0)); },
+       "\x1bP12;5;31;23;59;0$c8A\x1b\\", 110},
+      {"vat", [](Drukarka& p) { return p.ReadStatus(23, 6); }, "\x1bP23#s\x1b\\", 110 + 3020},
+      {"vat set",
+       [&](Drukarka& p) {
+         return sent(p.SetVatRates({23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt}));
+       },
+       "\x1bP7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/98\x1b\\", 110},
+      {"header",
+       [&](Drukarka& p) {
+         return sent(p.SetHeader({{"ABC", 0}}));
+       },
+       "\x1bP0$fABC\r\xFF"
+       "3F\x1b\\",
+       110},
+      {"daily",
+       [&](Drukarka& p) {
+         return sent(p.ReportByNumber(1, {2012, 5, 14}));
+       },
+       "\x1bP1;12;05;14#rA7\x1b\\", 110},
+      {"periodic",
+       [&](Drukarka& p) {
+         return sent(p.PeriodicReport({2012, 5, 1}, {2012, 5, 14}, 0));
+       },
+       "\x1bP12;05;01;12;05;14;0#o87\x1b\\", 110},
+      {"receipt",
+       [&](Drukarka& p) {
+         SaleLineRecord line;
+         line.name = "Towar testowy 1gr";
+         line.price = 0.01;
+         EndTransactionRecord end;
+         end.amount1 = end.amount2 = 0.01;
+         return sent(p.ParamCommandDollarH(0) && p.SaleLine(line) && p.EndTransaction(end));
+       },
+       "\x1bP0$h83\x1b\\", 110},
+      {"fiscalise", [&](Drukarka& p) { return sent(p.Fiscalise(0, "123-45-67-890")); },
+       "\x1bP0$fNIP 123-45-67-890\xFF"
+       "29\x1b\\",
+       110},
+      // Two blocks of at most 5110 ms of ENQ waits each.
+      {"stream", [&](Drukarka& p) { return sent(p.SendStreamConfirmed(iBuffer(stream), 5)); },
+       stream.substr(0, 9) + "\x05", 110 + 2 * 5110},
+  };
+  enum Kind { kNone, kClosed, kNoise };
+  const std::pair<const char*, std::function<Kind(SimFaults&)>> faults[] = {
+      {"none", [](SimFaults&) { return kNone; }},
+      {"silent", [](SimFaults& f) { return f.silent = true, kNone; }},
+      {"answers 2", [](SimFaults& f) { return f.answers_before_silence = 2, kNone; }},
+      {"delay 300", [](SimFaults& f) { return f.answer_delay_ms = 300, kNone; }},
+      {"bad sum", [](SimFaults& f) { return f.bad_answer_sum = true, kNone; }},
+      {"garbage", [](SimFaults& f) { return f.garbage = "\x01\x7Fxyz", kNone; }},
+      {"xoff", [](SimFaults& f) { return f.xoff = true, kNone; }},
+      {"closed", [](SimFaults& f) { return f.line_closed = true, kClosed; }},
+      {"line rate", [](SimFaults& f) { return f.line_rate = true, kNone; }},
+      {"noise 20", [](SimFaults& f) { return f.noise_every_ms = 20, kNoise; }},
+  };
+  for (const Op& op : ops) {
+    for (const auto& [fault, set] : faults) {
+      Bench bench("LUMEN");
+      const Kind kind = set(bench.sim().Faults());
+      const int64_t start = NowMs();
+      const bool opened = op.checks_quiet || bench.printer.Open();
+      const std::string result = op.run(bench.printer);
+      if (opened && !op.checks_quiet) bench.printer.Close();
+      const std::string where = std::string(op.name) + " / " + fault + ": " + result;
+      EXPECT_LE(NowMs() - start, op.bound_ms) << where;
+      EXPECT_FALSE(bench.printer.com.IsOpen()) << where;
+      if (kind == kClosed || (kind == kNoise && op.checks_quiet))
+        EXPECT_EQ(bench.Received(), "") << where;
+      else
+        EXPECT_EQ(bench.Received().substr(0, op.first.size()), op.first) << where;
+    }
+  }
 }
 
 TEST_F(DrukarkaSimTest, CommandsChangeThePrinter) {
