@@ -92,7 +92,7 @@ std::string Drukarka::Collect(int total_ms, int poll_ms) {
 bool Drukarka::Drain() {
   const int64_t start = NowMs();
   for (;;) {
-    if (Collect(kDrainReadMs, kDrainReadMs / 10).empty()) return true;
+    if (Collect(kDrainReadMs, kDrainReadMs).empty()) return true;
     if (NowMs() - start >= kDrainLimitMs) {
       ReportNotQuiet(kDrainLimitMs);
       return false;
