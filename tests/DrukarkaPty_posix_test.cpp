@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -107,40 +106,24 @@ TEST(DrukarkaPtyTest, FindReadAndProgramOverAPseudoTerminal) {
 // the printer receives exactly the request (nothing on a noisy line).
 TEST(DrukarkaPtyTest, FaultsEndInTimeOverAPseudoTerminal) {
   test::TempDir dir;
-  const auto in_turn = [](const std::function<std::string(Drukarka&)>& request) {
-    return [request](Drukarka& p) {
-      p.Open();
-      const std::string result = request(p);
-      p.Close();
-      return result;
-    };
+  const auto run = [](Drukarka& p, char request) {
+    MapForm form;
+    if (request == 'f') p.FillStatusFields(form, p.port_name, p.speed);
+    if (request == 'v') p.SetVatRates({23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt});
+    if (request == 'f') return form.texts["ETypDrukarki"] + (p.LineNotQuiet() ? " not quiet" : "");
+    return std::to_string(p.QueryENQ());
   };
   struct Case {
     std::vector<std::string> args;
-    std::function<std::string(Drukarka&)> run;
+    char request;  // f: status fill, e: ENQ, v: VAT rates and ENQ
     std::string result, received;
-    int64_t bound_ms;
+    int bound_ms;
   };
   const Case cases[] = {
-      {{"--noise", "20"},
-       [](Drukarka& p) {
-         MapForm form;
-         p.FillStatusFields(form, p.port_name, p.speed);
-         return form.texts["ETypDrukarki"] + (p.LineNotQuiet() ? " not quiet" : "");
-       },
-       "Nieokre\x9Clony not quiet",
-       "",
-       2420 + 500},
-      {{"--silent"},
-       in_turn([](Drukarka& p) { return std::to_string(p.QueryENQ()); }),
-       "-1",
-       "\x05",
-       1610 + 500},
+      {{"--noise", "20"}, 'f', "Nieokre\x9Clony not quiet", "", 2420 + 500},
+      {{"--silent"}, 'e', "-1", "\x05", 1610 + 500},
       {{"--line-rate", "--baud", "9600"},
-       in_turn([](Drukarka& p) {
-         p.SetVatRates({23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt});
-         return std::to_string(p.QueryENQ());
-       }),
+       'v',
        "101",
        "\x1bP7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/98\x1b\\\x05",
        1000},
@@ -152,7 +135,9 @@ TEST(DrukarkaPtyTest, FaultsEndInTimeOverAPseudoTerminal) {
     Drukarka printer;
     printer.SetPort(sim.Path(), 9600);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(c.run(printer), c.result) << c.args[0];
+    printer.Open();
+    EXPECT_EQ(run(printer, c.request), c.result) << c.args[0];
+    printer.Close();
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(c.bound_ms))
         << c.args[0];
     EXPECT_EQ(test::ReadFile(dir.file("received")), c.received) << c.args[0];
