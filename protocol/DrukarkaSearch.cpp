@@ -42,7 +42,7 @@ bool IsStatusByte(char c) {
   return nibble == 6 || nibble == 7;
 }
 
-// A status byte first, or a printer's name: not a journal copy device.
+// A status byte first, or a printer's name: a printer answered the probe.
 bool AnsweredAsPrinter(const std::string& reply) {
   return !reply.empty() && (IsStatusByte(reply[0]) || NamesPrinter(reply) || Has(reply, "KORVUS"));
 }
