@@ -116,7 +116,7 @@ void TTavenaForm::ENQ1Click() {
     PrinterSession session(*this);
     if (session.IsOpen()) status = session->QueryENQ();
   }
-  ShowInfo(FromUtf8("Interpretacja ENQ"), EnqBitTexts(status));
+  ShowInfo(FromUtf8("Interpretacja ENQ"), EnqLines(status));
 }
 
 void TTavenaForm::DLE1Click() {

@@ -73,6 +73,15 @@ bool Connect(CliContext& ctx, Drukarka& d, int& code) {
   return false;
 }
 
+// A failure on a line that never fell silent says so.
+int NotQuietReason(CliContext& ctx, const Drukarka& d, int code) {
+  if (code == kExitDone || !d.LineNotQuiet()) return code;
+  return FailUtf8(ctx, kExitPrinter,
+                  MsgUtf8("Linia na porcie ", "The line on port ") + ctx.port +
+                      MsgUtf8(" nie cichnie: bajty napływają bez przerwy.",
+                              " does not quiet down: bytes keep arriving."));
+}
+
 // Opens the port, runs work on the open printer and closes the port again;
 // the result is work's exit code.
 int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work) {
@@ -81,7 +90,7 @@ int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work) {
   if (!Connect(ctx, d, code)) return code;
   code = work(d);
   d.Close();
-  return code;
+  return NotQuietReason(ctx, d, code);
 }
 
 int NoAnswer(CliContext& ctx) {
@@ -138,7 +147,8 @@ int RunInfo(CliContext& ctx) {
     const auto it = form.values.find(name);
     ctx.out << name << ": " << Cp1250ToUtf8(it == form.values.end() ? "" : it->second) << '\n';
   }
-  return InfoFailed(form) ? NoAnswer(ctx) : kExitDone;
+  if (!InfoFailed(form)) return kExitDone;
+  return d.LineNotQuiet() ? NotQuietReason(ctx, d, kExitPrinter) : NoAnswer(ctx);
 }
 
 // ---- find ----
@@ -212,7 +222,8 @@ int ShowControlByte(CliContext& ctx, char which, int s) {
     std::snprintf(byte, sizeof byte, "0x%02X", s & 0xFF);
     ctx.out << byte << '\n';
   }
-  for (const std::string& line : which == 'e' ? EnqBitTexts(s) : DleLines(s)) PrintLine(ctx, line);
+  for (const std::string& line : which == 'e' ? EnqLines(s) : DleLines(s))
+    if (!line.empty()) PrintLine(ctx, line);
   return NoCommunication(s) ? kExitPrinter : kExitDone;
 }
 
@@ -284,6 +295,7 @@ int RunVat(CliContext& ctx, const std::string& set) {
   const int code = WithPrinter(ctx, [&](Drukarka& d) {
     if (set.empty()) return ShowVatRates(ctx, d);
     d.ReadIdentity(1);  // the wire form of the rates depends on the subtype
+    if (d.LineNotQuiet()) return kExitPrinter;
     d.SetVatRates(rates);
     return Confirm(ctx, d);
   });

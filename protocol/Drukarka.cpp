@@ -66,6 +66,7 @@ void Drukarka::SetPort(const std::string& name, int32_t bits_per_second) {
 }
 
 bool Drukarka::Open() {
+  line_not_quiet_ = false;
   if (port_name.empty()) return false;
   if (com.IsOpen()) com.Close();
   com.baud_rate = speed;
@@ -106,6 +107,14 @@ void Drukarka::LogNoAnswer() {
   WriteLine(LinePrefix() + Msg("Brak odpowiedzi.", "No answer."));
 }
 
+void Drukarka::ReportNotQuiet(int limit_ms) {
+  line_not_quiet_ = true;
+  WriteLine(LinePrefix() +
+            TextF(Msg("Port nie ucichł w ciągu %d ms.", "The port did not quiet down within %d ms.")
+                      .c_str(),
+                  limit_ms));
+}
+
 void Drukarka::Progress(const std::string& text) {
   WriteLine(text);
 }
@@ -130,12 +139,18 @@ bool Drukarka::SendFramedNoSum(std::string_view body) {
   return SendFrame(body, false);
 }
 
+// A time-out before ESC \ is no answer; the bytes stay in answer.
 bool Drukarka::ReadAnswer(int timeout_ms) {
   iBuffer reply;
   com.ReadUntil(reply, timeout_ms, "\x1b\\");
   answer = FromMazovia(reply.ToString());
-  LogAnswerText(answer);
-  return answer.size() >= 2 && answer.compare(answer.size() - 2, 2, "\x1b\\") == 0;
+  if (com.ReadCut()) ReportNotQuiet(ReadLimitMs(timeout_ms));
+  const bool complete = answer.size() >= 2 && answer.compare(answer.size() - 2, 2, "\x1b\\") == 0;
+  if (complete)
+    LogAnswerText(answer);
+  else
+    LogNoAnswer();
+  return complete;
 }
 
 std::string Drukarka::ReadWaiting() {

@@ -121,6 +121,9 @@ class Drukarka {
   const StatusRecord& LastStatus() const { return status_; }
   // Whether the last identity, clock or status read got an answer.
   bool LastReadOk() const { return last_read_ok_; }
+  // Since the last Open, a drain or a read found a line that never went
+  // quiet (reported in the monitor and the log).
+  bool LineNotQuiet() const { return line_not_quiet_; }
   // Opens the given port, reads every field the form has a control for,
   // writes the texts, closes.
   void FillStatusFields(FormFields& form, const std::string& port, int32_t bits_per_second);
@@ -163,6 +166,7 @@ class Drukarka {
   void LogAnswerText(std::string_view answer_cp1250);
   void LogAnswerByte(int byte);
   void LogNoAnswer();
+  void ReportNotQuiet(int limit_ms);
   void Progress(const std::string& text);
 
   bool SendBytes(std::string_view bytes);
@@ -173,21 +177,23 @@ class Drukarka {
   bool AwaitBlockConfirmation();
   bool SendBodyIf(const std::optional<std::string>& body);
 
-  // Status fill.
+  // Identity and status fill.
+  void TakeIdentity(const IdentityAnswer& id);
   bool ReadFirstReportDate(std::string& text);
 
   // Search steps.
   bool Drain();
   std::string Collect(int total_ms, int poll_ms);
   std::string CollectAnswer(int total_ms);
-  std::string CollectUntilSub(int total_ms);
+  std::string CollectUntilSub(int total_ms, bool once);
   std::string TypedProbe(int expected_type, int& result);
   std::string UntypedProbes(int& result);
-  int Identify(const std::string& reply, bool printer_answered);
+  int Identify(const std::string& reply);
   void SendComposite(bool long_mode);
 
   bool logging_ = false;
   bool last_read_ok_ = false;
+  bool line_not_quiet_ = false;
   StatusRecord status_;
 };
 

@@ -42,9 +42,13 @@ bool IsStatusByte(char c) {
   return nibble == 6 || nibble == 7;
 }
 
-// A status byte first, or a printer's name: not a journal copy device.
+// A status byte first, or a printer's name: a printer answered the probe.
 bool AnsweredAsPrinter(const std::string& reply) {
   return !reply.empty() && (IsStatusByte(reply[0]) || NamesPrinter(reply) || Has(reply, "KORVUS"));
+}
+
+bool UniqueReadDone(const std::string& got) {
+  return got.find(static_cast<char>(kSUB)) != std::string::npos || got.size() > kUniqueReadLimit;
 }
 
 bool IsUniqueNumberAnswer(const std::string& reply) {
@@ -88,8 +92,11 @@ std::string Drukarka::Collect(int total_ms, int poll_ms) {
 bool Drukarka::Drain() {
   const int64_t start = NowMs();
   for (;;) {
-    if (Collect(kDrainReadMs, kDrainReadMs / 10).empty()) return true;
-    if (NowMs() - start >= kDrainLimitMs) return false;
+    if (Collect(kDrainReadMs, kDrainReadMs).empty()) return true;
+    if (NowMs() - start >= kDrainLimitMs) {
+      ReportNotQuiet(kDrainLimitMs);
+      return false;
+    }
     SleepMs(kDrainPauseMs);
   }
 }
@@ -113,44 +120,45 @@ std::string Drukarka::CollectAnswer(int total_ms) {
   return got;
 }
 
-// The unique-number probe's answer: until SUB or more than 120 bytes.
-std::string Drukarka::CollectUntilSub(int total_ms) {
+// The unique-number probe's answer: until SUB or more than 120 bytes, or
+// (when once) until a pause brings nothing.
+std::string Drukarka::CollectUntilSub(int total_ms, bool once) {
   const int64_t deadline = NowMs() + total_ms;
   std::string got;
   while (NowMs() < deadline) {
     PumpMessages();
     SleepMs(got.size() < 2 ? 500 : 300);
-    got += ReadWaiting();
-    if (got.find(static_cast<char>(kSUB)) != std::string::npos || got.size() > kUniqueReadLimit) {
-      break;
-    }
+    const std::string fresh = ReadWaiting();
+    got += fresh;
+    if (UniqueReadDone(got) || (once && fresh.empty())) break;
   }
   return got;
 }
 
+// The typed probe, again and again until an answer of the right length
+// comes or the allowance runs out.
 std::string Drukarka::TypedProbe(int expected_type, int& result) {
   result = kFindNothing;
-  if (TypedUniqueNumber(expected_type)) {
-    LogQuestion(kUniqueProbe);
-    if (!SendBytes(kUniqueProbe)) return std::string();
-    const std::string got =
-        CollectUntilSub(expected_type == 3 ? kProbeAllowanceMs : kLongProbeAllowanceMs);
-    LogAnswerText(FromMazovia(got));
-    return Has(got, kUniqueWord) ? got : std::string();
-  }
+  const bool unique = TypedUniqueNumber(expected_type);
   const bool korvus = expected_type == 6;
-  const std::string& probe = korvus ? kKorvusProbe : kIdentityProbe;
+  const std::string& probe = unique ? kUniqueProbe : (korvus ? kKorvusProbe : kIdentityProbe);
   const size_t low = korvus ? 31 : 16, high = korvus ? 99 : 49;
-  const int64_t deadline = NowMs() + kProbeAllowanceMs;
+  const int allowance = unique && expected_type != 3 ? kLongProbeAllowanceMs : kProbeAllowanceMs;
+  const int64_t deadline = NowMs() + allowance;
   while (NowMs() < deadline) {
     LogQuestion(probe);
     if (!SendBytes(probe)) return std::string();
-    SleepMs(kProbeAnswerMs);
-    const std::string got = ReadWaiting();
-    LogAnswerText(FromMazovia(got));
-    if (got.size() >= low && got.size() <= high) {
-      return (korvus ? Has(got, "KORVUS") : NamesPrinter(got)) ? got : std::string();
+    std::string got;
+    if (unique) {
+      got = CollectUntilSub(static_cast<int>(deadline - NowMs()), true);
+    } else {
+      SleepMs(kProbeAnswerMs);
+      got = ReadWaiting();
     }
+    LogAnswerText(FromMazovia(got));
+    if (unique && UniqueReadDone(got)) return Has(got, kUniqueWord) ? got : std::string();
+    if (!unique && got.size() >= low && got.size() <= high)
+      return (korvus ? Has(got, "KORVUS") : NamesPrinter(got)) ? got : std::string();
     SleepMs(kProbePauseMs);
   }
   return std::string();
@@ -165,7 +173,7 @@ std::string Drukarka::UntypedProbes(int& result) {
     LogQuestion(probe);
     if (!SendBytes(probe)) return std::string();
     const bool unique = probe.back() == 'S';
-    const std::string got = unique ? CollectUntilSub(kProbeAllowanceMs)
+    const std::string got = unique ? CollectUntilSub(kProbeAllowanceMs, false)
                                    : Collect(kUntypedProbeMs, kUntypedProbeMs / 10);
     LogAnswerText(FromMazovia(got));
     if (got.empty()) continue;
@@ -195,18 +203,13 @@ void Drukarka::SendComposite(bool long_mode) {
   SendBytes(composite);
 }
 
-int Drukarka::Identify(const std::string& reply, bool printer_answered) {
+int Drukarka::Identify(const std::string& reply) {
   if (reply.size() < 11) return kFindUnidentified;
   if (NamesPrinter(reply)) {
-    const IdentityAnswer id = ParseIdentity(IdentityFrameIn(reply));
-    if (id.has_command) {
-      type_code = id.type_code;
-      subtype = id.subtype;
-    }
+    TakeIdentity(ParseIdentity(IdentityFrameIn(reply)));
     return kFindPrinter;
   }
-  if (!Has(reply, kUniqueWord)) return kFindUnidentified;
-  return printer_answered ? kFindPrinter : kFindUniqueNumber;
+  return Has(reply, kUniqueWord) ? kFindUniqueNumber : kFindUnidentified;
 }
 
 int Drukarka::FindPrinter(int port_number, int32_t& bits_per_second, int expected_type,
@@ -230,8 +233,6 @@ int Drukarka::FindPrinter(std::string& port, int32_t& bits_per_second, int expec
   if (!first.empty()) {
     Progress(Utf8ToCp1250(TextF("Wybrano port %s i prędkość %d. Znak 0x%X.", port_name.c_str(),
                                 speed, static_cast<uint8_t>(first[0]))));
-  }
-  if (!first.empty() && result != kFindUniqueNumber) {
     Progress(Utf8ToCp1250(TextF("Główne przetwarzanie %s %d.", port_name.c_str(), speed)));
     Progress(Utf8ToCp1250("Przed wysłaniem."));
     SendComposite(long_mode);
@@ -239,7 +240,9 @@ int Drukarka::FindPrinter(std::string& port, int32_t& bits_per_second, int expec
     const std::string reply = CollectAnswer(long_mode ? kLongCollectMs : kCollectMs);
     answer = FromMazovia(reply);
     LogAnswerText(answer);
-    result = Identify(reply, AnsweredAsPrinter(first));
+    // A unique-number answer to the probe stands when the composite tells nothing.
+    const int identified = Identify(reply);
+    if (identified != kFindUnidentified || result != kFindUniqueNumber) result = identified;
   }
   Close();
   if (result == kFindPrinter || result == kFindUniqueNumber) port = port_name;

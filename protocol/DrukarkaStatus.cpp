@@ -46,8 +46,9 @@ std::vector<std::string> SplitAt(const std::string& text, char separator) {
 // gets a text, the read one or its default.
 class StatusFill {
  public:
-  StatusFill(Drukarka& printer, FormFields& form, bool open)
-      : printer_(printer), form_(form), ok_(open) {}
+  // quiet: the line was found quiet, which took the first read's pause.
+  StatusFill(Drukarka& printer, FormFields& form, bool quiet)
+      : printer_(printer), form_(form), ok_(quiet), paused_(quiet) {}
 
   // read() returns the text; an unanswered read makes every later field
   // take its default.
@@ -71,12 +72,17 @@ class StatusFill {
     }
   }
 
-  bool Ok() const { return ok_; }
+  // Whether the printer may be asked; if so, after the pause before a read.
+  bool Ask() {
+    if (!ok_) return false;
+    if (!paused_) SleepMs(kFieldPauseMs);
+    paused_ = false;
+    return true;
+  }
 
  private:
   std::string Read(const std::function<std::string()>& read, const std::string& fallback) {
-    if (!ok_) return fallback;
-    SleepMs(kFieldPauseMs);
+    if (!Ask()) return fallback;
     const std::string text = read();
     if (!printer_.LastReadOk()) ok_ = false;
     return text.empty() ? fallback : text;
@@ -98,6 +104,7 @@ class StatusFill {
   Drukarka& printer_;
   FormFields& form_;
   bool ok_;
+  bool paused_;
 };
 
 }  // namespace
@@ -109,12 +116,17 @@ const std::string& Drukarka::ReadIdentity(int part) {
     return answer;
   }
   const IdentityAnswer id = ParseIdentity(answer);
-  if (id.has_command) {
-    type_code = id.type_code;
-    subtype = id.subtype;
-  }
+  TakeIdentity(id);
   answer = part == 1 ? id.name : (part == 2 ? id.version : std::string());
   return answer;
+}
+
+// The type code from every answer with "#R"; the subtype only for the two
+// families that carry one (type codes 4 and 6).
+void Drukarka::TakeIdentity(const IdentityAnswer& id) {
+  if (!id.has_command) return;
+  type_code = id.type_code;
+  if (type_code == 4 || type_code == 6) subtype = id.subtype;
 }
 
 const std::string& Drukarka::ReadClock() {
@@ -159,7 +171,9 @@ bool Drukarka::ReadFirstReportDate(std::string& text) {
 void Drukarka::FillStatusFields(FormFields& form, const std::string& port,
                                 int32_t bits_per_second) {
   SetPort(port, bits_per_second);
-  StatusFill fill(*this, form, Open());
+  // The pause before the first read is the search's quiet check: a line
+  // that never falls silent is reported and nothing is sent.
+  StatusFill fill(*this, form, Open() && Drain());
   fill.Field(
       "ETypDrukarki", [&] { return ReadIdentity(1); }, Unspecified());
   fill.Field(
@@ -178,10 +192,9 @@ void Drukarka::FillStatusFields(FormFields& form, const std::string& port,
   fill.Field(
       "ECzasDrukarki", [&] { return ReadClock(); }, NoRead());
   if (form.HasControl("EDataPierwszegoRD")) {
-    const bool ask = fill.Ok();
-    if (ask) form.SetText("EDataPierwszegoRD", Utf8ToCp1250("Początek"));
+    form.SetText("EDataPierwszegoRD", Utf8ToCp1250("Początek"));
     std::string date;
-    const bool found = ask && (SleepMs(kFieldPauseMs), ReadFirstReportDate(date));
+    const bool found = fill.Ask() && ReadFirstReportDate(date);
     form.SetText("EDataPierwszegoRD", found ? date : NoRead());
   }
   if (com.IsOpen()) Close();

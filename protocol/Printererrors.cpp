@@ -120,8 +120,8 @@ std::string Text(const char* utf8) {
   return Utf8ToCp1250(utf8);
 }
 
-bool Bit(int answer, int bit) {
-  return (answer >> bit) & 1;
+bool Bit(int status, int bit) {
+  return (status >> bit) & 1;
 }
 
 }  // namespace
@@ -135,35 +135,26 @@ bool NoCommunication(int answer) {
   return answer <= 0 || answer >= 0x80;
 }
 
-std::vector<std::string> EnqBitTexts(int answer) {
-  if (NoCommunication(answer)) return {Text("Brak komunikacji")};
+std::vector<std::string> EnqLines(int status) {
+  if (NoCommunication(status)) return {Text("Brak komunikacji"), "", "", ""};
   return {
-      Text(Bit(answer, 3) ? "Tryb fiskalny." : "Tryb szkoleniowy."),
-      Text(Bit(answer, 2) ? "Ostatni rozkaz ziterpretowany poprawnie."
+      Text(Bit(status, 3) ? "Tryb fiskalny." : "Tryb szkoleniowy."),
+      Text(Bit(status, 2) ? "Ostatni rozkaz ziterpretowany poprawnie."
                           : "Bład w interpretacji ostatniego rozkazu."),
-      Text(Bit(answer, 1) ? "Drukarka jest w stanie transakcji."
+      Text(Bit(status, 1) ? "Drukarka jest w stanie transakcji."
                           : "Drukarka nie jest w stanie transakcji."),
-      Text(Bit(answer, 0) ? "Ostatnia transakcja zainterpretowana poprawnie."
+      Text(Bit(status, 0) ? "Ostatnia transakcja zainterpretowana poprawnie."
                           : "Błąd w interpretacji ostatniej transakcji."),
   };
 }
 
-std::vector<std::string> DleBitTexts(int answer) {
-  if (NoCommunication(answer)) return {Text("Brak komunikacji")};
+std::vector<std::string> DleLines(int status) {
+  if (NoCommunication(status)) return {Text("Brak komunikacji"), "", "", ""};
   std::vector<std::string> lines = {
-      Text(Bit(answer, 2) ? "Drukarka jest w stanie ON-LINE." : "Drukarka jest w stanie OFF-LINE."),
-      Text(Bit(answer, 1) ? "Brak papieru." : "Papier założony."),
-  };
-  if (Bit(answer, 0)) lines.push_back(Text("Błąd mechanizmu lub sterownika."));
-  return lines;
-}
-
-std::vector<std::string> DleLines(int answer) {
-  std::vector<std::string> lines = DleBitTexts(answer);
-  if (lines.size() == 3) {
-    lines[0] = lines[2];
-    lines.pop_back();
-  }
+      Text(Bit(status, 2) ? "Drukarka jest w stanie ON-LINE." : "Drukarka jest w stanie OFF-LINE."),
+      Text(Bit(status, 1) ? "Brak papieru." : "Papier założony."), "", ""};
+  // A mechanism fault takes the place of the on-line state.
+  if (Bit(status, 0)) lines[0] = Text("Błąd mechanizmu lub sterownika.");
   return lines;
 }
 

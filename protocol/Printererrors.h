@@ -16,15 +16,15 @@ std::string PrinterErrorText(int number);
 // came), 0, or a byte of 0x80 and above (negative when read as signed).
 bool NoCommunication(int answer);
 
-// The lines that describe an ENQ answer: fiscal mode, last command, state of
-// transaction, last transaction. On no communication the one line
-// "Brak komunikacji". Windows-1250 texts.
-std::vector<std::string> EnqBitTexts(int answer);
+// The four lines of the information window for an ENQ status byte: fiscal
+// mode, last command, state of transaction, last transaction. On no
+// communication "Brak komunikacji" and three empty lines. Windows-1250; the
+// texts exist in Polish only, so MessageLanguage does not change them.
+std::vector<std::string> EnqLines(int status);
 
-// The lines that describe a DLE answer: on-line, paper, and a third line
-// only when the mechanism bit is set. On no communication "Brak komunikacji".
-std::vector<std::string> DleBitTexts(int answer);
-// The window's reading of DLE: a mechanism fault overwrites the first line.
-std::vector<std::string> DleLines(int answer);
+// The four lines for a DLE status byte: on-line state, paper, two empty
+// lines; a mechanism fault (bit 0) overwrites line 1. On no communication
+// "Brak komunikacji" and three empty lines.
+std::vector<std::string> DleLines(int status);
 
 }  // namespace tavena

@@ -18,8 +18,6 @@ struct SimPortEntry {
 
 namespace {
 
-constexpr uint32_t kPurgeRxClear = 8;
-
 std::map<std::string, std::shared_ptr<SimPortEntry>>& Registry() {
   static std::map<std::string, std::shared_ptr<SimPortEntry>> ports;
   return ports;

@@ -185,34 +185,42 @@ TEST(DrukarkaAnswersTest, PrinterErrorTable) {
   }
 }
 
-TEST(DrukarkaAnswersTest, EnqAndDleBitTexts) {
-  const std::vector<std::string> enq_all = {Cp("Tryb fiskalny."),
-                                            Cp("Ostatni rozkaz ziterpretowany poprawnie."),
-                                            Cp("Drukarka jest w stanie transakcji."),
-                                            Cp("Ostatnia transakcja zainterpretowana poprawnie.")};
-  EXPECT_EQ(EnqBitTexts(0x6F), enq_all);
-  const std::vector<std::string> enq_none = {Cp("Tryb szkoleniowy."),
-                                             Cp("Bład w interpretacji ostatniego rozkazu."),
-                                             Cp("Drukarka nie jest w stanie transakcji."),
-                                             Cp("Błąd w interpretacji ostatniej transakcji.")};
-  EXPECT_EQ(EnqBitTexts(0x60), enq_none);
-  EXPECT_EQ(EnqBitTexts(0x64)[1], enq_all[1]);
-  EXPECT_EQ(EnqBitTexts(0x64)[0], enq_none[0]);
-
-  const std::vector<std::string> none = {"Brak komunikacji"};
-  for (int answer : {0, -1, -128, 0x80, 0xFF, 0x8F}) {
-    EXPECT_EQ(EnqBitTexts(answer), none) << answer;
-    EXPECT_EQ(DleBitTexts(answer), none) << answer;
-    EXPECT_TRUE(NoCommunication(answer));
+TEST(DrukarkaAnswersTest, EnqAndDleWindowLines) {
+  using Lines = std::vector<std::string>;
+  const Lines none = {"Brak komunikacji", "", "", ""};
+  for (int status : {0, -1, -128, 0x80, 0xFF, 0x8F}) {
+    EXPECT_EQ(EnqLines(status), none) << status;
+    EXPECT_EQ(DleLines(status), none) << status;
+    EXPECT_TRUE(NoCommunication(status));
   }
   EXPECT_FALSE(NoCommunication(1));
   EXPECT_FALSE(NoCommunication(0x7F));
 
-  EXPECT_EQ(DleBitTexts(0x74),
-            (std::vector<std::string>{"Drukarka jest w stanie ON-LINE.", Cp("Papier założony.")}));
-  EXPECT_EQ(DleBitTexts(0x73),
-            (std::vector<std::string>{"Drukarka jest w stanie OFF-LINE.", "Brak papieru.",
-                                      Cp("Błąd mechanizmu lub sterownika.")}));
+  // Line 1 is bit 3, line 4 bit 0; each bit alone, so two swapped bits show.
+  const Lines clear = {Cp("Tryb szkoleniowy."), Cp("Bład w interpretacji ostatniego rozkazu."),
+                       Cp("Drukarka nie jest w stanie transakcji."),
+                       Cp("Błąd w interpretacji ostatniej transakcji.")};
+  const Lines set = {Cp("Tryb fiskalny."), Cp("Ostatni rozkaz ziterpretowany poprawnie."),
+                     Cp("Drukarka jest w stanie transakcji."),
+                     Cp("Ostatnia transakcja zainterpretowana poprawnie.")};
+  EXPECT_EQ(EnqLines(0x60), clear);
+  EXPECT_EQ(EnqLines(0x6F), set);
+  for (int bit = 0; bit < 4; ++bit) {
+    Lines expected = clear;
+    expected[3 - bit] = set[3 - bit];
+    EXPECT_EQ(EnqLines(1 << bit), expected) << bit;
+  }
+
+  // DLE: a mechanism fault overwrites line 1.
+  const std::string off = "Drukarka jest w stanie OFF-LINE.",
+                    on = "Drukarka jest w stanie ON-LINE.";
+  const std::string paper = Cp("Papier założony."), no_paper = "Brak papieru.";
+  const std::string fault = Cp("Błąd mechanizmu lub sterownika.");
+  const std::pair<int, Lines> dle[] = {
+      {0x60, {off, paper, "", ""}},    {0x04, {on, paper, "", ""}},
+      {0x02, {off, no_paper, "", ""}}, {0x01, {fault, paper, "", ""}},
+      {0x05, {fault, paper, "", ""}},  {0x73, {fault, no_paper, "", ""}}};
+  for (const auto& [status, lines] : dle) EXPECT_EQ(DleLines(status), lines) << status;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <deque>
 #include <filesystem>
 #include <memory>
+#include <tuple>
 
 #include "Fakeserial.h"
 #include "TestSupport.h"
@@ -186,6 +187,16 @@ TEST_F(DrukarkaFramesTest, FramedAnswers) {
   printer_.SendFramedNoSum("0#c");
   EXPECT_FALSE(printer_.ReadAnswer(200));
   EXPECT_EQ(printer_.answer, "\x1bP1#C12;05");
+  EXPECT_EQ(monitor_.lines.back(), "<com3><L1,L2> Brak odpowiedzi.");
+
+  // Bytes that never stop: the read is cut after 200 + 2000 ms and reported.
+  Lap();
+  for (int t = 0; t < 5000; t += 15) serial_.state->arrivals.emplace(NowMs() + t, "~");
+  EXPECT_FALSE(printer_.ReadAnswer(200));
+  EXPECT_TRUE(printer_.LineNotQuiet());
+  EXPECT_LT(Lap(), 2200 + 20);
+  EXPECT_EQ(monitor_.lines.end()[-2], "<com3><L1,L2> Port nie ucich\xb3 w ci\xb9gu 2200 ms.");
+  serial_.state->arrivals.clear();
 
   Reply("\x1bP1#C12;05;31;23;59;00;\x1b\\");
   EXPECT_EQ(printer_.ReadClock(), "2012-05-31 23:59");
@@ -220,27 +231,23 @@ TEST_F(DrukarkaFramesTest, QueryTimeOutsAndFailedReads) {
   EXPECT_FALSE(printer_.LastReadOk());
 }
 
-TEST_F(DrukarkaFramesTest, RatesFollowTheLastIdentifiedModel) {
+TEST_F(DrukarkaFramesTest, RatesFollowTheSubtypeOfTheQx1Families) {
   const std::array<double, 7> rates = {23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt};
-  Reply("\x1bP3#RTAVENA QX-1/4.10\x1b\\");
-  EXPECT_EQ(printer_.ReadIdentity(1), "TAVENA QX-1");
-  ASSERT_TRUE(printer_.SetVatRates(rates));
-  EXPECT_EQ(Writes().back(), BuildFrame("7$p23.00/8.00/5.00/0.00/101/101/100/", true));
-  // Another printer on the same object: no subtype, so the flag form.
-  Reply("\x1bP1#RTAVENA LUMEN/1.05\x1b\\");
-  EXPECT_EQ(printer_.ReadIdentity(2), "1.05");
-  EXPECT_EQ(printer_.type_code, 1);
-  EXPECT_EQ(printer_.subtype, 0);
-  ASSERT_TRUE(printer_.SetVatRates(rates));
-  EXPECT_EQ(Writes().back(),
-            BuildFrame("7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/", true));
-  // An answer without "#R" leaves type and subtype as they were.
-  Reply("\x1bP3#RTAVENA QX-1/4.10\x1b\\");
-  printer_.ReadIdentity(1);
-  Reply("\x1bP?\x1b\\");
-  EXPECT_EQ(printer_.ReadIdentity(1), "");
-  EXPECT_EQ(printer_.type_code, 4);
-  EXPECT_EQ(printer_.subtype, 3);
+  const std::string flags = "\x1bP7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/98\x1b\\";
+  const std::string two_digit = "\x1bP7$p23.00/8.00/5.00/0.00/101/101/100/BE\x1b\\";
+  // Only type codes 4 and 6 set the subtype: a LUMEN after a QX-1 keeps it.
+  for (const auto& [identity, type, subtype, frame] :
+       {std::tuple{"\x1bP1#RTAVENA LUMEN/1.05\x1b\\", 1, 0, flags},
+        {"\x1bP3#RTAVENA QX-1/4.10\x1b\\", 4, 3, two_digit},
+        {"\x1bP1#RTAVENA LUMEN/1.05\x1b\\", 1, 3, two_digit},
+        {"\x1bP?\x1b\\", 1, 3, two_digit}}) {  // no "#R": nothing changes
+    Reply(identity);
+    printer_.ReadIdentity(1);
+    EXPECT_EQ(printer_.type_code, type) << identity;
+    EXPECT_EQ(printer_.subtype, subtype) << identity;
+    ASSERT_TRUE(printer_.SetVatRates(rates));
+    EXPECT_EQ(Writes().back(), frame) << identity;
+  }
 }
 
 const std::string kF1 = "\x1bPAAAAAA\x1b\\";  // 10 bytes each

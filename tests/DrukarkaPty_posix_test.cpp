@@ -8,10 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "TestSupport.h"
 #include "protocol/Drukarka.h"
 
 extern char** environ;
@@ -98,6 +100,48 @@ TEST(DrukarkaPtyTest, FindReadAndProgramOverAPseudoTerminal) {
   EXPECT_TRUE(printer.SendStreamConfirmed(iBuffer(stream), 5));
   EXPECT_EQ(printer.QueryENQ() & 0x06, 0x04);  // command understood, no transaction open
   printer.Close();
+}
+
+// A few faults of the fault matrix in real time: each ends in its bound and
+// the printer receives exactly the request (nothing on a noisy line).
+TEST(DrukarkaPtyTest, FaultsEndInTimeOverAPseudoTerminal) {
+  test::TempDir dir;
+  const auto run = [](Drukarka& p, char request) {
+    MapForm form;
+    if (request == 'f') p.FillStatusFields(form, p.port_name, p.speed);
+    if (request == 'v') p.SetVatRates({23, 8, 5, 0, kVatInactive, kVatInactive, kVatExempt});
+    if (request == 'f') return form.texts["ETypDrukarki"] + (p.LineNotQuiet() ? " not quiet" : "");
+    return std::to_string(p.QueryENQ());
+  };
+  struct Case {
+    std::vector<std::string> args;
+    char request;  // f: status fill, e: ENQ, v: VAT rates and ENQ
+    std::string result, received;
+    int bound_ms;
+  };
+  const Case cases[] = {
+      {{"--noise", "20"}, 'f', "Nieokre\x9Clony not quiet", "", 2420 + 500},
+      {{"--silent"}, 'e', "-1", "\x05", 1610 + 500},
+      {{"--line-rate", "--baud", "9600"},
+       'v',
+       "101",
+       "\x1bP7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/98\x1b\\\x05",
+       1000},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> args = c.args;
+    args.insert(args.end(), {"--quiet", "--record", dir.file("received")});
+    SimServer sim(args);
+    Drukarka printer;
+    printer.SetPort(sim.Path(), 9600);
+    const auto start = std::chrono::steady_clock::now();
+    printer.Open();
+    EXPECT_EQ(run(printer, c.request), c.result) << c.args[0];
+    printer.Close();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(c.bound_ms))
+        << c.args[0];
+    EXPECT_EQ(test::ReadFile(dir.file("received")), c.received) << c.args[0];
+  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <set>
 
 #include "Fakeserial.h"
@@ -104,13 +105,6 @@ TEST_F(DrukarkaSimTest, IdentityAndSearchOfEachModel) {
     EXPECT_EQ(typed.FindTyped(c.type), kFindPrinter) << c.model;
     EXPECT_EQ(typed.printer.type_code, c.type) << c.model;
   }
-  // A device that does not answer: empty texts, type unchanged.
-  Bench copy("EJ-COPY");
-  ASSERT_TRUE(copy.printer.Open());
-  copy.printer.type_code = 9;
-  EXPECT_EQ(copy.printer.ReadIdentity(1), "");
-  EXPECT_FALSE(copy.printer.LastReadOk());
-  EXPECT_EQ(copy.printer.type_code, 9);
 }
 
 TEST_F(DrukarkaSimTest, ClockReadSetAndDefault) {
@@ -201,7 +195,8 @@ std::string DefaultsLog(const std::string& no_read, const std::string& error) {
   return "EIloscZerowan=" + no_read + "|EOstatniZapis=" + no_read + "|" +
          RowLog("EVat", std::vector<std::string>(7, error)) +
          RowLog("ETot", std::vector<std::string>(7, error)) + "ENumerPF=" + no_read +
-         "|ECzasDrukarki=" + no_read + "|EDataPierwszegoRD=" + no_read + "|";
+         "|ECzasDrukarki=" + no_read + "|EDataPierwszegoRD=" + Cp("Początek") +
+         "|EDataPierwszegoRD=" + no_read + "|";
 }
 
 TEST_F(DrukarkaSimTest, FillStatusFieldsHealthyPrinter) {
@@ -284,27 +279,22 @@ TEST_F(DrukarkaSimTest, FindPrinterOtherOutcomes) {
     std::vector<std::string> all;
   } lines;
 
-  Bench copy("EJ-COPY");
+  Bench copy("EJ-COPY");  // a unique number answers a probe: the composite follows
   copy.printer.monitor = &lines;
   EXPECT_EQ(copy.Find(), kFindUniqueNumber);
-  EXPECT_EQ(copy.sim().Record().unique_requests, 1);
-  EXPECT_NE(std::find(lines.all.begin(), lines.all.end(),
-                      Cp("Wybrano port com5 i prędkość 9600. Znak 0x4E.")),
-            lines.all.end());
+  for (const char* line :
+       {"Wybrano port com5 i prędkość 9600. Znak 0x4E.", "Główne przetwarzanie com5 9600."})
+    EXPECT_NE(std::find(lines.all.begin(), lines.all.end(), Cp(line)), lines.all.end()) << line;
 
-  Bench noisy("LUMEN");
+  Bench noisy("LUMEN");  // nothing is sent (the fault matrix): it is said why
   noisy.sim().Faults().noise_every_ms = 50;
-  const int64_t start = NowMs();
+  noisy.printer.monitor = &lines;
   EXPECT_EQ(noisy.Find(), kFindNotQuiet);
-  EXPECT_LT(NowMs() - start, 2500);
-  EXPECT_EQ(noisy.Received(), "");  // nothing was sent
+  EXPECT_EQ(lines.all.back(), Cp("<com5><,> Port nie ucichł w ciągu 2000 ms."));
 
   Bench wrong_speed("LUMEN", 19200);
   EXPECT_EQ(wrong_speed.Find(), kFindNothing);
-  Bench silent("LUMEN");
-  silent.sim().Faults().silent = true;
-  EXPECT_EQ(silent.FindTyped(1), kFindNothing);
-  EXPECT_EQ(silent.Find("com7"), kFindCannotOpen);
+  EXPECT_EQ(wrong_speed.Find("com7"), kFindCannotOpen);
 
   // A printer found: the choice and the composite are logged.
   Bench found("LUMEN");
@@ -318,12 +308,12 @@ TEST_F(DrukarkaSimTest, FindPrinterOtherOutcomes) {
   for (const std::string& l : lines.all) at += at < wanted.size() && l == wanted[at];
   EXPECT_EQ(at, wanted.size());
 
-  // Long mode: the answer holds only the unique number, but the printer
-  // answered the status probe, so it is a printer.
+  // Long mode: an answer with only the unique number gives 2, even after a
+  // status byte answered the probe.
   Bench long_mode("SOLIDA EJ");
   int32_t speed = 4800;  // raised to 9600
   const int64_t long_start = NowMs();
-  EXPECT_EQ(long_mode.FindTyped(3, true, &speed), kFindPrinter);
+  EXPECT_EQ(long_mode.FindTyped(3, true, &speed), kFindUniqueNumber);
   EXPECT_EQ(speed, 9600);
   EXPECT_EQ(long_mode.sim().Record().frames[0].body, "&dBD");
   EXPECT_EQ(long_mode.sim().Record().unique_requests, 1);
@@ -344,24 +334,27 @@ TEST_F(DrukarkaSimTest, FindPrinterProbeBytesAndRhythm) {
               std::string("\n\x05") + (baud == 9600 ? korvus : "") + identity + "\x10\x05" + unique)
         << baud;
   }
-  // A typed probe goes again after 300 ms + 1000 ms while its 2000 ms last;
-  // the unique-number probe waits 2000 ms for type 3, 15000 ms for 5 and 7.
+  // A typed probe goes again after 300 ms (500 ms for the unique number) and
+  // a 1000 ms pause while its allowance lasts: 2000 ms, 15000 ms for 5 and 7.
   struct Typed {
     int type;
-    std::string sent;
+    std::string probe;
+    int times;
     int64_t min_ms, max_ms;
   };
-  const Typed typed[] = {{1, identity + identity, 100 + 2 * 1300, 100 + 3 * 1300},
-                         {6, korvus + korvus, 100 + 2 * 1300, 100 + 3 * 1300},
-                         {3, "\x1a\x1bS", 2000, 2600},
-                         {5, "\x1a\x1bS", 15000, 15600},
-                         {7, "\x1a\x1bS", 15000, 15600}};
+  const Typed typed[] = {{1, identity, 2, 100 + 2 * 1300, 100 + 3 * 1300},
+                         {6, korvus, 2, 100 + 2 * 1300, 100 + 3 * 1300},
+                         {3, "\x1a\x1bS", 2, 100 + 2 * 1500, 100 + 2 * 1500 + 300},
+                         {5, "\x1a\x1bS", 10, 100 + 10 * 1500, 100 + 10 * 1500 + 300},
+                         {7, "\x1a\x1bS", 10, 100 + 10 * 1500, 100 + 10 * 1500 + 300}};
   for (const Typed& t : typed) {
     Bench silent(t.type == 1 || t.type == 6 ? "LUMEN" : "SOLIDA EJ");
     silent.sim().Faults().silent = true;
     const int64_t start = NowMs();
     EXPECT_EQ(silent.FindTyped(t.type), kFindNothing);
-    EXPECT_EQ(silent.Received(), t.sent) << t.type;
+    std::string sent;
+    for (int i = 0; i < t.times; ++i) sent += t.probe;
+    EXPECT_EQ(silent.Received(), sent) << t.type;
     EXPECT_GE(NowMs() - start, t.min_ms) << t.type;
     EXPECT_LT(NowMs() - start, t.max_ms) << t.type;
   }
@@ -372,6 +365,108 @@ TEST_F(DrukarkaSimTest, FindPrinterProbeBytesAndRhythm) {
   EXPECT_EQ(found.Find(), kFindPrinter);
   EXPECT_EQ(found.Received(), "\n\x05\x18\x1bP0#e89\x1b\\ \x1bP0$e8E\x1b\\ \x1bP#v\x1b\\ \x1bS");
   EXPECT_LT(NowMs() - start, 100 + 500 + 1500);
+}
+
+// Every fault of the simulated printer against every operation of the
+// printer object (each between Open and Close): the operation ends within
+// the bound its time-outs give; its first request reaches the printer,
+// except on a closed line, and on a noisy line for the two that check quiet.
+TEST_F(DrukarkaSimTest, FaultMatrixEveryOperationEnds) {
+  using Run = std::function<std::string(Drukarka&)>;
+  struct Op {
+    const char* name;
+    std::string first;  // the first request, as it reaches the printer
+    int bound_ms;       // open and close: 110 ms
+    bool quiet_check;   // the fill and the search ask nothing on a noisy line
+    Run run;
+  };
+  const auto sent = [](std::function<bool(Drukarka&)> command) -> Run {
+    return [command](Drukarka& p) { return std::string(command(p) ? "1" : "0"); };
+  };
+  const auto number = [](std::function<int(Drukarka&)> query) -> Run {
+    return [query](Drukarka& p) { return std::to_string(query(p)); };
+  };
+  const std::string stream = "\x1bP0$h83\x1b\\\x1bP0$e8E\x1b\\";
+  const Op ops[] = {
+      // 10 + quiet check 2300 + 10 pauses of 100 + the read limits (2 x 4000, 6 x 3000,
+      // 2200) + 3 x 3000 + 100.
+      {"fill", "\x1bP#v\x1b\\", 40610, true,
+       [](Drukarka& p) {
+         RecordingForm form(MainWindowControls());
+         p.FillStatusFields(form, "com5", 9600);
+         return form.log.substr(0, form.log.find('|'));
+       }},
+      // 10 + 2300 + probes 4 x 500 + 2500 + composite 1500 + 100.
+      {"search", "\n\x05", 8410, true, number([](Drukarka& p) {
+         std::string port = "com5";
+         int32_t speed = 9600;
+         return p.FindPrinter(port, speed, 0, false);
+       })},
+      {"enq", "\x05", 110 + 1500, false, number([](Drukarka& p) { return p.QueryENQ(); })},
+      {"dle", "\x10", 110 + 800, false, number([](Drukarka& p) { return p.QueryDLE(); })},
+      {"bel", "\x07", 110, false, sent([](Drukarka& p) { return p.SendBEL(); })},
+      {"clock", "\x1bP0#c\x1b\\", 110 + 2220, false, [](Drukarka& p) { return p.ReadClock(); }},
+      {"clock set", "\x1bP12;5;31;23;59;0$c8A\x1b\\", 110, false,
+       sent([](Drukarka& p) { return p.SetClock(2012, 5, 31, 23, 59, 0); })},
+      {"vat", "\x1bP23#s\x1b\\", 110 + 3020, false,
+       [](Drukarka& p) { return p.ReadStatus(23, 6); }},
+      {"vat set", "\x1bP7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/98\x1b\\", 110, false,
+       sent([](Drukarka& p) {
+         return p.SetVatRates({23, 8, 5, 0, -1, -1, -2});
+       })},
+      {"header",
+       "\x1bP0$fABC\r\xFF"
+       "3F\x1b\\",
+       110, false, sent([](Drukarka& p) {
+         return p.SetHeader({{"ABC", 0}});
+       })},
+      {"daily", "\x1bP1;12;05;14#rA7\x1b\\", 110, false, sent([](Drukarka& p) {
+         return p.ReportByNumber(1, {2012, 5, 14});
+       })},
+      {"periodic", "\x1bP12;05;01;12;05;14;0#o87\x1b\\", 110, false, sent([](Drukarka& p) {
+         return p.PeriodicReport({2012, 5, 1}, {2012, 5, 14}, 0);
+       })},
+      {"receipt", "\x1bP0$h83\x1b\\", 110, false, sent([](Drukarka& p) {
+         return p.ParamCommandDollarH(0) && p.SaleLine({}) && p.EndTransaction({});
+       })},
+      {"fiscalise",
+       "\x1bP0$fNIP 123-45-67-890\xFF"
+       "29\x1b\\",
+       110, false, sent([](Drukarka& p) { return p.Fiscalise(0, "123-45-67-890"); })},
+      // Two blocks of at most 5110 ms of ENQ waits each.
+      {"stream", stream.substr(0, 9) + "\x05", 110 + 2 * 5110, false,
+       sent([&](Drukarka& p) { return p.SendStreamConfirmed(iBuffer(stream), 5); })},
+  };
+  enum Kind { kNone, kClosed, kNoise };
+  const std::pair<const char*, std::function<Kind(SimFaults&)>> faults[] = {
+      {"none", [](SimFaults&) { return kNone; }},
+      {"silent", [](SimFaults& f) { return f.silent = true, kNone; }},
+      {"answers 2", [](SimFaults& f) { return f.answers_before_silence = 2, kNone; }},
+      {"delay 300", [](SimFaults& f) { return f.answer_delay_ms = 300, kNone; }},
+      {"bad sum", [](SimFaults& f) { return f.bad_answer_sum = true, kNone; }},
+      {"garbage", [](SimFaults& f) { return f.garbage = "\x01\x7Fxyz", kNone; }},
+      {"xoff", [](SimFaults& f) { return f.xoff = true, kNone; }},
+      {"closed", [](SimFaults& f) { return f.line_closed = true, kClosed; }},
+      {"line rate", [](SimFaults& f) { return f.line_rate = true, kNone; }},
+      {"noise 20", [](SimFaults& f) { return f.noise_every_ms = 20, kNoise; }},
+  };
+  for (const Op& op : ops) {
+    for (const auto& [fault, set] : faults) {
+      Bench bench("LUMEN");
+      const Kind kind = set(bench.sim().Faults());
+      const int64_t start = NowMs();
+      bench.printer.Open();
+      const std::string result = op.run(bench.printer);
+      bench.printer.Close();
+      const std::string where = std::string(op.name) + " / " + fault + ": " + result;
+      EXPECT_LE(NowMs() - start, op.bound_ms) << where;
+      EXPECT_FALSE(bench.printer.com.IsOpen()) << where;
+      if (kind == kClosed || (kind == kNoise && op.quiet_check))
+        EXPECT_EQ(bench.Received(), "") << where;
+      else
+        EXPECT_EQ(bench.Received().substr(0, op.first.size()), op.first) << where;
+    }
+  }
 }
 
 TEST_F(DrukarkaSimTest, CommandsChangeThePrinter) {

@@ -352,6 +352,16 @@ TEST_F(FastComFake, ReadUntilEndsOnTerminatorOrSilence) {
   EXPECT_EQ(reply.ToString(), "abcdefghij\x1b\\");
   EXPECT_EQ(Now() - start, 160);  // read at the first 20 ms poll after it came
 
+  // A line that never falls silent: the read is cut at its time-out plus
+  // 2 s, or plus the time-out again when that is longer.
+  for (const auto& [timeout, limit] : {std::pair{30, 2030}, {3000, 6000}}) {
+    start = Now();
+    for (int t = 0; t < 7000; t += 15) dev().arrivals.emplace(start + t, "~");
+    EXPECT_TRUE(com_.ReadUntil(reply, timeout, "\x1b\\") && com_.ReadCut());
+    EXPECT_TRUE(Now() - start >= limit && Now() - start < limit + 20) << Now() - start;
+    dev().arrivals.clear();
+  }
+
   // Silence of the time-out ends a read without its terminator; a terminator
   // followed by a zero byte ends it at once only with match anywhere.
   const std::string zeroed("ab\x03\0xy", 6);

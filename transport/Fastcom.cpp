@@ -25,7 +25,10 @@ constexpr int kXoffLimitMs = 30;
 constexpr int32_t kMsPerDay = 86400000;
 constexpr int32_t kReceiveLogCut = 80;
 constexpr int32_t kReadGrowThreshold = 63;
-// A device that never falls silent cannot keep a read going for ever.
+// A line that never falls silent cannot keep a read going for ever: a read
+// ends at its time-out plus the time-out again, at least 2 s (the time a
+// port gets to quiet down before a search), or at 1 MiB.
+constexpr int32_t kQuietLimitMs = 2000;
 constexpr int32_t kMaxReply = 1 << 20;
 constexpr uint8_t kXon = 0x11;
 constexpr uint8_t kXoff = 0x13;
@@ -310,30 +313,40 @@ bool FastCom::TerminatorReached(const iBuffer& reply, const char* terminator) co
 }
 
 bool FastCom::ReadUntil(iBuffer& reply, int32_t timeout_ms, const char* terminator) {
+  read_cut_ = false;
   if (!is_open_ || capture_buffer) return false;
   reply.Clear();
   const int32_t timeout = std::max(timeout_ms, 1);
+  const int64_t deadline = NowMs() + ReadLimitMs(timeout);
   const bool has_terminator = terminator && *terminator;
   int32_t remaining = timeout;
   while (remaining > 0) {
     bool arrived = false;
     while (ReadSome(reply)) arrived = true;
-    if (!arrived) {
+    if (arrived) {
+      remaining = timeout;
+      const int32_t length = reply.Length();
+      if (length > kReadGrowThreshold && reply.FreeSpaceSize() < kReadGrowThreshold)
+        reply.Reallocate(reply.Capacity() + 2 * length + length / 5);
+      if (length > kReadGrowThreshold) SleepMs(3);
+      if (has_terminator && TerminatorReached(reply, terminator)) break;
+    } else {
       SleepMs(kReadPollMs);
       remaining -= kReadPollMs;
-      continue;
     }
-    remaining = timeout;
-    const int32_t length = reply.Length();
-    if (length > kReadGrowThreshold && reply.FreeSpaceSize() < kReadGrowThreshold)
-      reply.Reallocate(reply.Capacity() + 2 * length + length / 5);
-    if (length > kReadGrowThreshold) SleepMs(3);
-    if (has_terminator && TerminatorReached(reply, terminator)) break;
-    if (length >= kMaxReply) break;
+    if (remaining > 0 && (NowMs() >= deadline || reply.Length() >= kMaxReply)) {
+      read_cut_ = true;
+      break;
+    }
   }
   iBuffer shown(reply.View().substr(0, kReceiveLogCut));
   LogRecord(Msg("Odebrano: ", "Receive: "), shown);
   return true;
+}
+
+int32_t ReadLimitMs(int32_t timeout_ms) {
+  const int32_t timeout = std::max(timeout_ms, 1);
+  return timeout + std::max(timeout, kQuietLimitMs);
 }
 
 bool FastCom::ReadCount(iBuffer& reply, int32_t count) {

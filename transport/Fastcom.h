@@ -39,8 +39,11 @@ class FastCom {
   // Whole-record write retried for up to 20 ms; logged.
   bool SendRetry(const iBuffer& record);
   // Clears reply, then reads until the terminator (null or empty: none) or
-  // until timeout_ms of silence. True also when the time ran out.
+  // until timeout_ms of silence, but never longer than ReadLimitMs(timeout_ms).
+  // True also when the time ran out.
   bool ReadUntil(iBuffer& reply, int32_t timeout_ms, const char* terminator);
+  // The last ReadUntil was cut at its limit: bytes never stopped coming.
+  bool ReadCut() const { return read_cut_; }
   // Appends up to count bytes already waiting (count < 1: the free space - 1).
   bool ReadCount(iBuffer& reply, int32_t count);
   // One read of what is waiting, at most max bytes.
@@ -96,9 +99,14 @@ class FastCom {
   int last_open_error_ = 0;
   bool logging_on_ = false;
   bool is_open_ = false;
+  bool read_cut_ = false;
   uint32_t bytes_read_ = 0;
   uint32_t bytes_written_ = 0;
 };
+
+// The longest a ReadUntil with this time-out lasts: the answer has the
+// time-out to begin and the time-out again, at least 2 s, to end.
+int32_t ReadLimitMs(int32_t timeout_ms);
 
 // The port number in a name: digits after "COM" (any case) or after a
 // leading \ . or /; 0 for anything else.

@@ -28,6 +28,11 @@ struct SerialTimeouts {
   uint32_t write_constant = 20000;  // fixed part of the write total
 };
 
+// Purge flags, as PurgeComm takes them.
+inline constexpr uint32_t kPurgeTxAbort = 1;
+inline constexpr uint32_t kPurgeRxAbort = 2;
+inline constexpr uint32_t kPurgeTxClear = 4;
+inline constexpr uint32_t kPurgeRxClear = 8;
 // Purge everything in both directions (abort and clear reads and writes).
 inline constexpr uint32_t kPurgeAll = 15;
 // The escape code sent on open and close.
@@ -46,7 +51,9 @@ class SerialDevice {
     (void)code;
     return true;
   }
-  // Drops what waits in the queues selected by flags (kPurgeAll: both).
+  // Drops what waits in the queues selected by flags (kPurgeAll: both). A
+  // write has finished only once its bytes have left, so the transmit flags
+  // never discard bytes that were written.
   virtual bool Purge(uint32_t flags) = 0;
   // Clears the line's error state and reports the queue counts.
   virtual bool ClearErrors(uint32_t& in_queue, uint32_t& out_queue) = 0;
@@ -57,7 +64,9 @@ class SerialDevice {
   }
   // Reads up to max bytes, waiting no longer than the read time-outs allow.
   virtual bool Read(uint8_t* dest, uint32_t max, uint32_t& got) = 0;
-  // Writes n bytes, failing when the write time-out passes; written = bytes taken.
+  // Writes n bytes and returns once they have left (the meaning of a
+  // blocking WriteFile), failing when the write time-out passes; written =
+  // bytes that went out.
   virtual bool Write(const uint8_t* bytes, uint32_t n, uint32_t& written) = 0;
   // Waits until the transmit queue is empty (bounded by the write time-out).
   virtual bool WaitTransmitEmpty() { return true; }

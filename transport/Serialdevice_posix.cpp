@@ -8,6 +8,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 
@@ -55,11 +56,12 @@ class PosixSerialDevice : public SerialDevice {
   explicit PosixSerialDevice(int fd) : fd_(fd) {}
   ~PosixSerialDevice() override { Close(); }
 
+  // Only the receive queue is cleared. Writes have drained before they
+  // return, and tcflush(TCOFLUSH) would also throw away what the other end
+  // of a pseudo-terminal has not read yet. Aborts: no request is ever pending.
   bool Purge(uint32_t flags) override {
-    const bool tx = (flags & 5) != 0;   // abort or clear transmit
-    const bool rx = (flags & 10) != 0;  // abort or clear receive
-    if (!tx && !rx) return true;
-    return tcflush(fd_, tx && rx ? TCIOFLUSH : (tx ? TCOFLUSH : TCIFLUSH)) == 0;
+    if ((flags & kPurgeRxClear) == 0) return true;
+    return tcflush(fd_, TCIFLUSH) == 0;
   }
 
   bool ClearErrors(uint32_t& in_queue, uint32_t& out_queue) override {
@@ -121,27 +123,43 @@ class PosixSerialDevice : public SerialDevice {
         continue;
       }
       if (r < 0 && errno != EAGAIN && errno != EINTR) return false;
-      if (!WaitReady(fd_, POLLOUT, deadline - MonotonicMs())) return false;
+      if (!WaitReady(fd_, POLLOUT, deadline - MonotonicMs())) break;
     }
-    return true;
+    return Drain(deadline, written) && written == n;
   }
 
   bool WaitTransmitEmpty() override {
-    const int64_t deadline = MonotonicMs() + timeouts_.write_constant;
-    for (;;) {
-      int out = 0;
-      if (ioctl(fd_, TIOCOUTQ, &out) != 0) return false;
-      if (out <= 0) return true;
-      if (MonotonicMs() >= deadline) return false;
-      const timespec pause{0, 1000000};
-      nanosleep(&pause, nullptr);
-    }
+    uint32_t written = 0;
+    return Drain(MonotonicMs() + timeouts_.write_constant, written);
   }
 
   void Close() override {
     if (fd_ < 0) return;
     close(fd_);
     fd_ = -1;
+  }
+
+  // Waits until the transmit queue is empty, then for the last bytes to
+  // leave the hardware (tcdrain). At the deadline the bytes still queued are
+  // dropped, as a timed-out WriteFile leaves them unsent, and taken off
+  // written.
+  bool Drain(int64_t deadline, uint32_t& written) {
+    for (;;) {
+      int out = 0;
+      if (ioctl(fd_, TIOCOUTQ, &out) != 0) return false;
+      if (out <= 0) break;
+      if (MonotonicMs() >= deadline) {
+        tcflush(fd_, TCOFLUSH);
+        written -= std::min(written, static_cast<uint32_t>(out));
+        return false;
+      }
+      const timespec pause{0, 1000000};
+      nanosleep(&pause, nullptr);
+    }
+    int r;
+    do r = tcdrain(fd_);
+    while (r != 0 && errno == EINTR);
+    return r == 0;
   }
 
   // DTR and RTS off; a pseudo-terminal refuses, which is harmless.

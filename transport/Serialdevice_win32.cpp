@@ -25,7 +25,14 @@ class Win32SerialDevice : public SerialDevice {
 
   bool Escape(uint32_t code) override { return EscapeCommFunction(handle_, code) != 0; }
 
-  bool Purge(uint32_t flags) override { return PurgeComm(handle_, flags) != 0; }
+  // WINE turns a transmit purge into tcflush(TCOFLUSH), which drops bytes a
+  // blocking WriteFile already reported as written (on a pseudo-terminal,
+  // all the other end has not read yet); there only the receive side is
+  // purged.
+  bool Purge(uint32_t flags) override {
+    if (RunningUnderWine()) flags &= ~(kPurgeTxAbort | kPurgeTxClear);
+    return flags == 0 || PurgeComm(handle_, flags) != 0;
+  }
 
   bool ClearErrors(uint32_t& in_queue, uint32_t& out_queue) override {
     DWORD errors = 0;
