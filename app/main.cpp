@@ -2,9 +2,10 @@
 //   --simulate [MODEL]  start the simulated printer and connect to it
 //   --port PORT         look for the printer on PORT at start-up (default com1)
 //   --screenshot DIR    save the screen while the printer is looked for, then
-//                       after start-up the main window and the monitor, as PNG
-//                       files into DIR and quit (for the docs); settings come
-//                       from and go to a throw-away folder
+//                       after start-up the main window, the monitor and every
+//                       other window showing, as PNG files into DIR and quit
+//                       (for the docs); settings come from a copy of the
+//                       user's config.tav in a throw-away folder
 //   --close-after MS    close the main window MS ms after it is shown, as the
 //                       user would (for tests)
 #include <QApplication>
@@ -33,8 +34,9 @@ const char* const kUsage =
     "  --port PORT         look for the printer on PORT at start-up (/dev/ttyUSB0, com3;\n"
     "                      default com1)\n"
     "  --screenshot DIR    save searching.png (the screen during the printer search), then\n"
-    "                      main-window.png and monitor.png into DIR and quit; the user's\n"
-    "                      settings are neither read nor written\n"
+    "                      main-window.png, monitor.png and <window>.png of every other\n"
+    "                      window showing into DIR and quit; the user's settings are read\n"
+    "                      but never written\n"
     "  --close-after MS    close the main window MS milliseconds after it is shown\n"
     "  -h, --help          print this help\n";
 
@@ -95,6 +97,12 @@ void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
   monitor->show();
   QApplication::processEvents();
   monitor->grab().save(folder + QStringLiteral("/monitor.png"));
+  for (QObject* child : main.children()) {
+    auto* window = qobject_cast<tavena::TBaseForm*>(child);
+    if (window && window != monitor && window->isVisible())
+      window->grab().save(folder + QLatin1Char('/') + window->objectName() +
+                          QStringLiteral(".png"));
+  }
 }
 
 // --help is answered before the window system is reached, so it also works
@@ -122,11 +130,14 @@ int main(int argc, char** argv) {
   }
   // The C library opens file names in the system's 8-bit code page.
   QTemporaryDir scratch;
-  const std::string folder =
-      options.screenshot_folder.isEmpty()
-          ? tavena::SettingsFolder(
-                QFile::encodeName(QApplication::applicationDirPath()).toStdString())
-          : QFile::encodeName(scratch.path()).toStdString() + "/";
+  const std::string user_folder =
+      tavena::SettingsFolder(QFile::encodeName(QApplication::applicationDirPath()).toStdString());
+  std::string folder = user_folder;
+  if (!options.screenshot_folder.isEmpty()) {
+    folder = QFile::encodeName(scratch.path()).toStdString() + "/";
+    QFile::copy(QFile::decodeName((user_folder + "config.tav").c_str()),
+                QFile::decodeName((folder + "config.tav").c_str()));
+  }
   tavena::ReadMessageLanguage(folder);
   tavena::SetPumpHook([] { QCoreApplication::processEvents(); });
   tavena::AbandonClock clock(tavena::CurrentClock());
