@@ -1,10 +1,11 @@
 // tavena-service: the service program's entry point.
 //   --simulate [MODEL]  start the simulated printer and connect to it
 //   --port PORT         look for the printer on PORT at start-up (default com1)
-//   --screenshot DIR    after start-up save the main window, the monitor and
-//                       the port list (present ports) as PNG files into DIR
-//                       and quit (for the docs); settings come from and go to
-//                       a throw-away folder
+//   --screenshot DIR    after start-up save the main window, the monitor, the
+//                       port list (present ports) and every other window
+//                       showing as PNG files into DIR and quit (for the docs);
+//                       settings come from a copy of the user's config.tav in a
+//                       throw-away folder and are never written back
 //   --close-after MS    close the main window MS ms after it is shown, as the
 //                       user would (for tests)
 #include <QApplication>
@@ -33,9 +34,9 @@ const char* const kUsage =
     "                      and connect to it\n"
     "  --port PORT         look for the printer on PORT at start-up (/dev/ttyUSB0, com3;\n"
     "                      default com1)\n"
-    "  --screenshot DIR    after start-up save main-window.png, monitor.png and\n"
-    "                      serial-ports.png into DIR and quit; the user's settings are\n"
-    "                      neither read nor written\n"
+    "  --screenshot DIR    after start-up save main-window.png, monitor.png, serial-ports.png\n"
+    "                      and <window>.png of every other window showing into DIR and\n"
+    "                      quit; the user's settings are read but never written\n"
     "  --close-after MS    close the main window MS milliseconds after it is shown\n"
     "  -h, --help          print this help\n"
     "  --version           print the version\n";
@@ -95,6 +96,12 @@ void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
   ports->Portyzainstalowane1Click();
   QApplication::processEvents();
   ports->grab().save(folder + QStringLiteral("/serial-ports.png"));
+  for (QObject* child : main.children()) {
+    auto* window = qobject_cast<tavena::TBaseForm*>(child);
+    if (window && window != monitor && window != ports && window->isVisible())
+      window->grab().save(folder + QLatin1Char('/') + window->objectName() +
+                          QStringLiteral(".png"));
+  }
 }
 
 // --help and --version are answered before the window system is reached, so
@@ -128,11 +135,14 @@ int main(int argc, char** argv) {
   }
   // The C library opens file names in the system's 8-bit code page.
   QTemporaryDir scratch;
-  const std::string folder =
-      options.screenshot_folder.isEmpty()
-          ? tavena::SettingsFolder(
-                QFile::encodeName(QApplication::applicationDirPath()).toStdString())
-          : QFile::encodeName(scratch.path()).toStdString() + "/";
+  const std::string user_folder =
+      tavena::SettingsFolder(QFile::encodeName(QApplication::applicationDirPath()).toStdString());
+  std::string folder = user_folder;
+  if (!options.screenshot_folder.isEmpty()) {
+    folder = QFile::encodeName(scratch.path()).toStdString() + "/";
+    QFile::copy(QFile::decodeName((user_folder + "config.tav").c_str()),
+                QFile::decodeName((folder + "config.tav").c_str()));
+  }
   tavena::ReadMessageLanguage(folder);
   tavena::SetPumpHook([] { QCoreApplication::processEvents(); });
   tavena::WindowClock clock(tavena::CurrentClock());
