@@ -170,14 +170,14 @@ void TTavenaForm::ConnectHandlers() {
       {ui->SerialPorts1, &TTavenaForm::SerialPorts1Click},
       {ui->Opisbdw1, &TTavenaForm::Opisbdw1Click}};
   for (const auto& [action, handler] : actions) connect(action, &QAction::triggered, this, handler);
+  ConnectEntityHandlers();
 }
 
 // Commands whose handlers are not built yet stay greyed out rather than
 // seeming to do something.
 void TTavenaForm::MarkNotBuilt() {
-  for (QAction* action : {ui->Otwrzpodmiot1, ui->Zapiszpodmiot1, ui->ClearPod, ui->ENQ1, ui->DLE1,
-                          ui->BEL1, ui->PenyStatus1, ui->DObowy1, ui->Okresowy1, ui->Paragonza1gr1,
-                          ui->Programuj1, ui->Odczytaj1})
+  for (QAction* action : {ui->ENQ1, ui->DLE1, ui->BEL1, ui->PenyStatus1, ui->DObowy1, ui->Okresowy1,
+                          ui->Paragonza1gr1, ui->Programuj1, ui->Odczytaj1})
     action->setEnabled(false);
   for (QWidget* button : {static_cast<QWidget*>(ui->WDate), static_cast<QWidget*>(ui->WVAT),
                           static_cast<QWidget*>(ui->WHeader), static_cast<QWidget*>(ui->RD),
@@ -239,6 +239,7 @@ void TTavenaForm::FinishStartUp() {
           ? FromUtf8("Nie znaleziono drukarki. Wybierz port i prędkość.")
           : FromUtf8("Drukarka: %1, %2").arg(ui->ETypDrukarki->text(), FromCp1250(portName)));
   ui->Label15->setText(FromCp1250(Settings().pod_path + Settings().pod_file));
+  OpenEntity();
   ShowKeptWindows();
   emit StartUpFinished();
 }

@@ -153,6 +153,22 @@ class TTavenaForm : public TBaseForm, public PrinterAccess {
   bool searching = false;
   bool isFiscal = false;
   char deviceKind = '0';
+
+  // Taxpayer entity files: the "Plik" menu and the entity label Label15
+  // (app/TavenamainEntity.cpp).
+ public slots:
+  void Otwrzpodmiot1Click();
+  void Zapiszpodmiot1Click();
+  void Label15Click();
+  void ClearPodClick();
+
+ public:
+  void OpenEntity();
+  void SaveEntity();
+
+ private:
+  void ConnectEntityHandlers();
+  QString last_saved_entity_;  // the name last chosen in the save dialog
 };
 
 }  // namespace tavena
