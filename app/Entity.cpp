@@ -61,12 +61,16 @@ bool ReadEntity(const std::string& path, EntityControls& form) {
   return ReadKeyValueFile(path, Bind(form), kEntityRules);
 }
 
-void ReadEntityText(const std::string& text, EntityControls& form) {
+void ReadEntityText(std::string_view text, EntityControls& form) {
   ReadKeyValues(text, Bind(form), kEntityRules);
 }
 
 bool WriteEntity(const std::string& path, EntityControls& form) {
   return WriteKeyValueFile(path, Bind(form));
+}
+
+std::string EntityText(EntityControls& form) {
+  return WriteKeyValues(Bind(form));
 }
 
 }  // namespace tavena

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tavena {
@@ -18,7 +19,7 @@ struct EntityRow {
   EntityKind kind;
 };
 
-// The 33 rows in file order: Linia1..8, NIP, LineBold1..8, LineCenter1..8,
+// The 32 rows in file order: Linia1..8, NIP, LineBold1..8, LineCenter1..8,
 // PTUA..PTUG.
 const std::vector<EntityRow>& EntityTable();
 
@@ -42,10 +43,12 @@ void ResetEntity(EntityControls& form);
 // character is above "0".
 bool ReadEntity(const std::string& path, EntityControls& form);
 // Reads the bytes of an entity file (the same rules, no reset).
-void ReadEntityText(const std::string& text, EntityControls& form);
+void ReadEntityText(std::string_view text, EntityControls& form);
 
 // Creates the file anew with one "key=value" CR LF line per row; a missing
 // control writes an empty value.
 bool WriteEntity(const std::string& path, EntityControls& form);
+// The bytes WriteEntity writes.
+std::string EntityText(EntityControls& form);
 
 }  // namespace tavena

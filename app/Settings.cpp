@@ -55,6 +55,9 @@ void AddFont(KeyValueTable& table, const std::string& prefix, FontSetting& font)
   AddInteger(table, prefix + "Style", font.style);
 }
 
+// A line without "=" abandons the rest of the file.
+constexpr KeyValueRules kSettingsRules{.line_without_equals_ends = true};
+
 void DefaultFont(FontSetting& font, int32_t colour, int32_t style) {
   if (font.face.empty()) {
     font.face = "Arial";
@@ -104,7 +107,11 @@ KeyValueTable SettingsTable(SettingsRecord& r) {
 }
 
 bool LoadSettings(const std::string& path, SettingsRecord& record) {
-  return ReadKeyValueFile(path, SettingsTable(record), {.line_without_equals_ends = true});
+  return ReadKeyValueFile(path, SettingsTable(record), kSettingsRules);
+}
+
+void ReadSettings(std::string_view text, SettingsRecord& record) {
+  ReadKeyValues(text, SettingsTable(record), kSettingsRules);
 }
 
 bool SaveSettings(const std::string& path, const SettingsRecord& record) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "app/Keyvalue.h"
 
@@ -54,6 +55,8 @@ KeyValueTable SettingsTable(SettingsRecord& record);
 // stops at a line shorter than 3 characters or at a line without "=";
 // unknown keys are ignored. Answers whether the file could be opened.
 bool LoadSettings(const std::string& path, SettingsRecord& record);
+// The same rules over the bytes of a settings file.
+void ReadSettings(std::string_view text, SettingsRecord& record);
 
 // Writes every entry as "key=value" CR LF into a new file beside path and
 // renames it over path, so a crash never leaves a half-written file.
