@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "sequence/Messagelanguage.h"
 #include "transport/Createdirectory.h"
@@ -18,19 +17,29 @@ namespace tavena {
 
 namespace {
 
-void AddText(std::vector<SettingEntry>& table, const std::string& key, std::string& target) {
-  table.push_back({key, kSettingText, &target, nullptr, nullptr});
+// Signed decimal number read as 64 bits and kept as 32; no number gives 0.
+int32_t ParseInteger(const std::string& text) {
+  return static_cast<int32_t>(std::strtoll(text.c_str(), nullptr, 10));
 }
 
-void AddInteger(std::vector<SettingEntry>& table, const std::string& key, int32_t& target) {
-  table.push_back({key, kSettingInteger, nullptr, &target, nullptr});
+void AddText(KeyValueTable& table, const std::string& key, std::string& target) {
+  table.push_back(
+      {key, [&target] { return target; }, [&target](const std::string& value) { target = value; }});
 }
 
-void AddFlag(std::vector<SettingEntry>& table, const std::string& key, bool& target) {
-  table.push_back({key, kSettingFlag, nullptr, nullptr, &target});
+void AddInteger(KeyValueTable& table, const std::string& key, int32_t& target) {
+  table.push_back({key, [&target] { return std::to_string(target); },
+                   [&target](const std::string& value) { target = ParseInteger(value); }});
 }
 
-void AddPlace(std::vector<SettingEntry>& table, const std::string& prefix, WindowPlace& place,
+void AddFlag(KeyValueTable& table, const std::string& key, bool& target) {
+  table.push_back({key, [&target] { return std::string(target ? "1" : "0"); },
+                   [&target](const std::string& value) {
+                     target = std::strtoll(value.c_str(), nullptr, 10) > 0;
+                   }});
+}
+
+void AddPlace(KeyValueTable& table, const std::string& prefix, WindowPlace& place,
               bool with_showing) {
   AddInteger(table, prefix + "Top", place.top);
   AddInteger(table, prefix + "Left", place.left);
@@ -39,60 +48,15 @@ void AddPlace(std::vector<SettingEntry>& table, const std::string& prefix, Windo
   if (with_showing) AddFlag(table, prefix + "Showing", place.showing);
 }
 
-void AddFont(std::vector<SettingEntry>& table, const std::string& prefix, FontSetting& font) {
+void AddFont(KeyValueTable& table, const std::string& prefix, FontSetting& font) {
   AddText(table, prefix + "Set", font.face);
   AddInteger(table, prefix + "Col", font.colour);
   AddInteger(table, prefix + "Size", font.size);
   AddInteger(table, prefix + "Style", font.style);
 }
 
-// Signed decimal number read as 64 bits and kept as 32; no number gives 0.
-int32_t ParseInteger(const std::string& text) {
-  return static_cast<int32_t>(std::strtoll(text.c_str(), nullptr, 10));
-}
-
-void AssignValue(const SettingEntry& entry, const std::string& value) {
-  switch (entry.kind) {
-    case kSettingText:
-      *entry.text = value;
-      break;
-    case kSettingInteger:
-      *entry.integer = ParseInteger(value);
-      break;
-    case kSettingFlag:
-      *entry.flag = std::strtoll(value.c_str(), nullptr, 10) > 0;
-      break;
-  }
-}
-
-std::string FormatValue(const SettingEntry& entry) {
-  switch (entry.kind) {
-    case kSettingText:
-      return *entry.text;
-    case kSettingInteger:
-      return std::to_string(*entry.integer);
-    case kSettingFlag:
-      return *entry.flag ? "1" : "0";
-  }
-  return {};
-}
-
-const SettingEntry* FindEntry(const std::vector<SettingEntry>& table, const std::string& key) {
-  for (const SettingEntry& entry : table)
-    if (entry.key == key) return &entry;
-  return nullptr;
-}
-
-// Interprets one line; answers false when the line has no "=" (the rest of
-// the file is then abandoned).
-bool ReadLine(const std::vector<SettingEntry>& table, const std::string& line) {
-  const size_t start = line.find_first_not_of(" \t");
-  const size_t equals = line.find('=', start == std::string::npos ? 0 : start);
-  if (start == std::string::npos || equals == std::string::npos) return false;
-  if (const SettingEntry* entry = FindEntry(table, line.substr(start, equals - start)))
-    AssignValue(*entry, line.substr(equals + 1));
-  return true;
-}
+// A line without "=" abandons the rest of the file.
+constexpr KeyValueRules kSettingsRules{.line_without_equals_ends = true};
 
 void DefaultFont(FontSetting& font, int32_t colour, int32_t style) {
   if (font.face.empty()) {
@@ -119,8 +83,8 @@ bool WriteDurably(const std::string& path, const std::string& text) {
 
 }  // namespace
 
-std::vector<SettingEntry> SettingsTable(SettingsRecord& r) {
-  std::vector<SettingEntry> table;
+KeyValueTable SettingsTable(SettingsRecord& r) {
+  KeyValueTable table;
   AddText(table, "ListPath", r.list_path);
   AddPlace(table, "List", r.list, true);
   AddPlace(table, "Main", r.main, false);
@@ -143,22 +107,16 @@ std::vector<SettingEntry> SettingsTable(SettingsRecord& r) {
 }
 
 bool LoadSettings(const std::string& path, SettingsRecord& record) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  const std::vector<SettingEntry> table = SettingsTable(record);
-  std::string line;
-  while (std::getline(in, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.size() < 3 || !ReadLine(table, line)) break;
-  }
-  return true;
+  return ReadKeyValueFile(path, SettingsTable(record), kSettingsRules);
+}
+
+void ReadSettings(std::string_view text, SettingsRecord& record) {
+  ReadKeyValues(text, SettingsTable(record), kSettingsRules);
 }
 
 bool SaveSettings(const std::string& path, const SettingsRecord& record) {
   SettingsRecord copy = record;  // the table needs mutable targets
-  std::string text;
-  for (const SettingEntry& entry : SettingsTable(copy))
-    text += entry.key + "=" + FormatValue(entry) + "\r\n";
+  const std::string text = WriteKeyValues(SettingsTable(copy));
   const std::string fresh = path + ".new";
   std::error_code error;
   if (!WriteDurably(fresh, text)) {

@@ -1,15 +1,16 @@
 // The settings record of "config.tav": window places, last files and the
-// three font sets. One table of key, kind and target drives both the reader
-// and the writer. Plain C++ (no Qt), 8-bit Windows-1250 texts.
+// three font sets. Its table of key, kind and target drives the key=value
+// reader and writer (app/Keyvalue.h). Plain C++ (no Qt), 8-bit Windows-1250
+// texts.
 #pragma once
 
 #include <cstdint>
 #include <string>
-#include <vector>
+#include <string_view>
+
+#include "app/Keyvalue.h"
 
 namespace tavena {
-
-enum SettingKind { kSettingText = 2, kSettingInteger = 3, kSettingFlag = 4 };
 
 // Top, left, width and height of a window, and whether it was open.
 struct WindowPlace {
@@ -46,22 +47,16 @@ struct SettingsRecord {
   FontSetting font_info, font_edit, font_wind;
 };
 
-// One row of the table: exactly one of the three targets is set.
-struct SettingEntry {
-  std::string key;
-  SettingKind kind;
-  std::string* text = nullptr;
-  int32_t* integer = nullptr;
-  bool* flag = nullptr;
-};
-
-// The table over a record, in file order.
-std::vector<SettingEntry> SettingsTable(SettingsRecord& record);
+// The table over a record, in file order. Kinds: text (as is), integer
+// (signed decimal, "%d"), flag ("1"/"0", read as a number greater than 0).
+KeyValueTable SettingsTable(SettingsRecord& record);
 
 // Reads path into record. A missing file leaves the record as it is; reading
 // stops at a line shorter than 3 characters or at a line without "=";
 // unknown keys are ignored. Answers whether the file could be opened.
 bool LoadSettings(const std::string& path, SettingsRecord& record);
+// The same rules over the bytes of a settings file.
+void ReadSettings(std::string_view text, SettingsRecord& record);
 
 // Writes every entry as "key=value" CR LF into a new file beside path and
 // renames it over path, so a crash never leaves a half-written file.

@@ -104,7 +104,6 @@ TTavenaForm::TTavenaForm(std::unique_ptr<PrinterLink> link, std::string settings
   CreateFonts(Settings());
   ConnectHandlers();
   ConnectOperations();
-  MarkNotBuilt();
   LinkLabelsToFields();
 }
 
@@ -172,13 +171,7 @@ void TTavenaForm::ConnectHandlers() {
       {ui->Opisbdw1, &TTavenaForm::Opisbdw1Click}};
   for (const auto& [action, handler] : actions) connect(action, &QAction::triggered, this, handler);
   ConnectPortWatch();
-}
-
-// Commands whose handlers are not built yet stay greyed out rather than
-// seeming to do something.
-void TTavenaForm::MarkNotBuilt() {
-  for (QAction* action : {ui->Otwrzpodmiot1, ui->Zapiszpodmiot1, ui->ClearPod})
-    action->setEnabled(false);
+  ConnectEntityHandlers();
 }
 
 void TTavenaForm::SetSimulatedPort(const std::string& path) {
@@ -230,6 +223,7 @@ void TTavenaForm::FinishStartUp() {
   SearchPrinter();
   if (closing_) return;
   ui->Label15->setText(FromCp1250(Settings().pod_path + Settings().pod_file));
+  OpenEntity();
   ShowKeptWindows();
   emit StartUpFinished();
 }

@@ -160,7 +160,6 @@ class TTavenaForm : public TBaseForm, public PrinterAccess {
   void ShowStatus(const QString& text);
   void LinkLabelsToFields();
   void ConnectHandlers();
-  void MarkNotBuilt();
   void ClearStateFlags();
   void FillSpeedBox();
   void FillPortList();
@@ -219,6 +218,22 @@ class TTavenaForm : public TBaseForm, public PrinterAccess {
   std::function<void()> resume_waits_;
   bool ports_pending_ = false;
   std::string vanished_port_;
+
+  // Taxpayer entity files: the "Plik" menu and the entity label Label15
+  // (app/TavenamainEntity.cpp).
+ public slots:
+  void Otwrzpodmiot1Click();
+  void Zapiszpodmiot1Click();
+  void Label15Click();
+  void ClearPodClick();
+
+ public:
+  void OpenEntity();
+  void SaveEntity();
+
+ private:
+  void ConnectEntityHandlers();
+  QString last_saved_entity_;  // the name last chosen in the save dialog
 };
 
 }  // namespace tavena

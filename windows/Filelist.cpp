@@ -32,7 +32,8 @@ QStringList ArchiveFiles(const QString& folder, const QString& extension) {
   QStringList names;
   const QDir dir(folder, QStringLiteral("*.") + extension, QDir::Unsorted, QDir::Files);
   for (const QFileInfo& file : dir.entryInfoList())
-    if (file.isFile() && !file.isSymLink() && file.isWritable() && !file.isHidden())
+    if (file.isFile() && !file.isSymLink() && file.permission(QFile::WriteOwner) &&
+        !file.isHidden())
       names << file.fileName();
   return names;
 }
