@@ -218,10 +218,17 @@ TEST_F(CliPrinterTest, StatusBytesFindAndInfo) {
 }
 
 TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
-  CliRun r = At({"clock", "--set", "2025-06-07 08:09:10"});
-  EXPECT_EQ(r.code, 0) << r.err;
+  // Blocks of at most 16 bytes end at a frame's end, each followed by ENQ.
+  const std::string first = "\x1BP25;6;7;8;9;10$c85\x1B\\", second = "\x1BP25;6;7;8;9;11$c84\x1B\\";
+  test::WriteFile(dir_.file("clock.bin"), first + second);
+  EXPECT_EQ(At({"send", dir_.file("clock.bin"), "--block", "16"}).out, "Wysłano bajtów: 42\n");
+  EXPECT_EQ(sim_->Record().received, first + "\x05" + second + "\x05");
+  // --log: the exchange is in <log dir>/<port>_log.txt.
+  test::ScopedEnv log_dir("TAVENA_LOG_DIR", dir_.str());
+  CliRun r = At({"clock", "--set", "2025-06-07 08:09:10", "--log"});
   EXPECT_EQ(r.out, "2025-06-07 08:09\n");
-  EXPECT_TRUE(Got("25;6;7;8;9;10$c"));
+  EXPECT_NE(test::ReadFile(dir_.file("com5_log.txt")).find("> Zapytanie: \x1BP25;6;7;8;9;10$c"),
+            std::string::npos);
   At({"clock", "--set", "2012-05-14 09:03"});
 
   r = At({"header", "--line", "Sklep", "--line", "Łódź", "--center", "1", "--bold", "2"});

@@ -15,13 +15,11 @@ namespace tavena::test {
 class TempDir {
  public:
   TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tavena_test_XXXXXX").string();
-    std::vector<char> name(pattern.begin(), pattern.end());
-    name.push_back('\0');
 #ifdef _WIN32
     path_ = std::filesystem::temp_directory_path() / ("tavena_test_" + std::to_string(std::rand()));
     std::filesystem::create_directories(path_);
 #else
+    std::string name = (std::filesystem::temp_directory_path() / "tavena_test_XXXXXX").string();
     path_ = mkdtemp(name.data());
 #endif
   }
