@@ -47,7 +47,6 @@ TEST(SeqCompileClass, CompiledBytes) {
       {R"(seq = \<256>\<65>\<300>\<0>\<12a>\<007>\<end>)", "00 41 2C 00 0C 07"},
       {R"(seq = \<D>.\<M>.\<Y> \<LY> \<H>:\<Min>\<MIN>\<end>)",
        "35 2E 33 2E 39 32 30 30 39 37 3A 37 37"},
-      {R"(seq = AB\<ESC>cd\<end>)", "41 42 1B 63 64"},
       // Literals, dropped bytes, sequence words and comments.
       {R"(seq = AB 'x y'\<end>)", "78 20 79"},
       {R"(seq = AB\<SPC>'x y'\<end>)", "41 42 78 20 79"},
@@ -166,24 +165,6 @@ TEST(SeqCompileClass, SourceFilesReadEveryLineEnd) {
     EXPECT_EQ(compiler.LoadSource(lines), !bytes.empty());
     EXPECT_EQ(lines, expected) << Hex(bytes);
   }
-}
-
-// Both languages' first lines are checked through the sequence editor.
-TEST(SeqCompileClass, DescribesEveryEscape) {
-  std::vector<std::string> lines = {"kept"};
-  SeqCompileClass::DescribeNotation(lines);
-  ASSERT_GT(lines.size(), 2u);
-  EXPECT_EQ(lines[0], "kept");
-  std::string all;
-  for (const std::string& line : lines) all += Cp1250ToUtf8(line) + "\n";
-  EXPECT_EQ(all.find('\r'), std::string::npos);
-  for (const char* e : {"\\E ",    "\\<ESC>",     "\\R ",    "\\<CR>",          "\\N ",
-                        "\\<LF>",  "\\F ",        "\\<FF>",  "\\<SPC>",         "\\\\ ",
-                        "\\xHH",   "\\<nnn>",     "\\<Y> ",  "\\<LY>",          "\\<M> ",
-                        "\\<D> ",  "\\<H> ",      "\\<MIN>", "\\<CHECK_START>", "\\<CHECK_INSERT>",
-                        "\\<C>",   "\\<COMMENT>", "\\<E>",   "\\<END_COMMENT>", "\\; ",
-                        "\\<END> "})
-    EXPECT_NE(all.find(e), std::string::npos) << e;
 }
 
 }  // namespace

@@ -104,17 +104,5 @@ TEST_F(SimPortTest, LateAnswersLineRateAndTheWrongSpeed) {
   EXPECT_EQ(printer_.Record().garbled, "\x1BP#v" + kEnd);
 }
 
-TEST(SimPortRegistryTest, OpenerIsRemovedWithTheLastPort) {
-  SimPrinter printer(*FindSimModel("TM410"));
-  int error = 0;
-  {
-    SimPort port("com8", printer);
-    EXPECT_NE(OpenSerialDevice("COM8", error), nullptr);
-  }
-  // With no port registered, names go to the host again.
-  EXPECT_EQ(OpenSerialDevice("/nonexistent/tavena-port", error), nullptr);
-  EXPECT_NE(error, 0);
-}
-
 }  // namespace
 }  // namespace tavena
