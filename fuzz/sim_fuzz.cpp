@@ -1,11 +1,8 @@
-// Arbitrary bytes reach the simulated printer in random chunks at random moments of a
-// virtual time line, with some faults on: nothing crashes, leaks or hangs, output and
-// record stay within their limits, and the next answer byte is never in the past.
-//
-// Input: 4 setup bytes (model, faults, fault parameter, speeds and delay), then steps of
-// a kind byte, a length or action byte, a time byte and the step's bytes. Kinds: raw
-// bytes, a frame with or without its sum, a read by the client, a known command as it
-// is or with one byte changed (both with the body's sum).
+// Arbitrary bytes reach the simulated printer in chunks on a virtual time line, with some
+// faults on: nothing crashes or hangs, output and record keep their limits, and the next
+// answer byte is never in the past. Input: 4 setup bytes (model, faults, fault parameter,
+// speeds), then steps of kind, length or action, time and bytes: raw bytes, a frame with
+// or without its sum, a client read, a known command as it is or with one byte changed.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
