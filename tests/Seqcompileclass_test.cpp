@@ -109,7 +109,6 @@ TEST(SeqCompileClass, MessagesCarryLineCountsInBothLanguages) {
     EXPECT_EQ(en.messages, english) << source;
   }
   const std::pair<std::string, std::string> polish[] = {
-      {R"(seq = \q\<end>)", "0: Nierozpoznany znak lub sekwencja.\n1: Wykryto: 1 błędów.\n"},
       {R"(seq = \<check_start>\<check_start>A\<check_insert>\<end>)",
        "0: Podwójne rozpoczęcie badania sumy kontrolnej\n1: Wykryto: 1 błędów.\n"},
       {"seq = A\n\\<check_insert>\\<end>",
