@@ -230,8 +230,7 @@ TEST_F(SimPrinterTest, HalfFrameFloodAndLongSilenceStayBounded) {
   auto p = Make("LUMEN");
   std::vector<std::string> log;
   p->SetLogSink([&log](const std::string& line) { log.push_back(line); });
-  // Half a frame: an ENQ 2 s later still belongs to it; one after more than
-  // 2 s of silence is answered and the half frame is gone.
+  // Half a frame takes an ENQ 2 s later; after more than 2 s of silence it is gone.
   p->Receive("\x1BP0#", 1000);
   p->Receive("\x05", 3000);
   EXPECT_EQ(p->Take(4000), "");
@@ -248,8 +247,7 @@ TEST_F(SimPrinterTest, HalfFrameFloodAndLongSilenceStayBounded) {
   EXPECT_EQ(p->Take(9000), kLumenIdentity);
   p->Faults().line_rate = false;
 
-  // A client that floods and never reads: the output keeps the oldest
-  // 64 KiB, the record the newest bytes, and the printer still answers.
+  // A flood never read: the output keeps the oldest 64 KiB and the printer still answers.
   const std::string enqs(200000, '\x05');
   p->Receive(enqs, 10000);
   EXPECT_EQ(p->Available(10000), 65536u);
