@@ -1,6 +1,6 @@
-// Any identity, clock, status or report answer reads without reading out of
-// bounds, and the results keep their limits: names and versions of at most
-// 39 characters, a unique number of at most 11, a raw record of 184 bytes.
+// Any identity, clock, status or report answer reads within bounds, and the results
+// keep their limits: names and versions of at most 39 characters, a unique number of at
+// most 11, a raw record of 184 bytes.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -39,8 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Check(!tavena::ParseClock(answer).empty());
   ReadStatus(answer);
   int year = 0, month = 0, day = 0;
-  if (tavena::FindReportDate(answer, year, month, day)) {
+  if (tavena::FindReportDate(answer, year, month, day))
     Check(month >= 1 && month <= 12 && day >= 1 && day <= 31);
-  }
   return 0;
 }

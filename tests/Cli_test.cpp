@@ -1,6 +1,5 @@
-// The command-line tool run in-process: subcommands without a printer, the
-// refusals made before a port is touched, and the printer subcommands
-// against the simulated printer behind "com5" on virtual time.
+// The command-line tool in process: subcommands without a printer, refusals made
+// before a port is touched, and printer subcommands against a simulated printer.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -11,6 +10,7 @@
 #include "cli/Cliprogress.h"
 #include "sequence/Messagelanguage.h"
 #include "sim/Simport.h"
+#include "transport/Serialdevice.h"
 
 namespace tavena {
 namespace {
@@ -92,8 +92,6 @@ TEST_F(CliTest, PortsListsNumberedPortsAndMarksThePrinter) {
                        "  Version:            1.10\n"),
             0u)
       << r.out;
-  EXPECT_NE(Tavena({"ports", "--all", "--sysfs", sysfs}).out.find("\n/dev/ttyS1  "),
-            std::string::npos);  // not present
   r = Tavena({"ports", "--sysfs", "/nonexistent"});
   EXPECT_EQ(r.code, 1);
   EXPECT_EQ(r.err.rfind("tavena: Krytyczny błąd w poszukiwaniu portu. ", 0), 0u);
@@ -127,9 +125,6 @@ TEST_F(CliTest, UsageVersionLanguageAndProgress) {
   CliRun r = Tavena({"--version"});
   EXPECT_EQ(r.code, 0);
   EXPECT_EQ(r.out, "tavena 0.1.0\n");
-  r = Tavena({"info", "--help"});
-  EXPECT_EQ(r.code, 0);
-  EXPECT_NE(r.out.find("--port"), std::string::npos);
   for (const std::vector<std::string>& bad : {std::vector<std::string>{"bogus"},
                                               {"frame"},
                                               {"--lang", "de", "frame", "x"},
@@ -141,11 +136,8 @@ TEST_F(CliTest, UsageVersionLanguageAndProgress) {
   }
   // "tavena sim" takes the simulator's own command line.
   testing::internal::CaptureStderr();
-  for (const std::vector<std::string>& bad : {std::vector<std::string>{"sim", "--model", "KASA"},
-                                              {"sim", "--fixed-clock", "2012-13-01 00:00"},
-                                              {"--lang", "en", "sim", "--delay"},
-                                              {"sim", "--answers", "x"},
-                                              {"sim", "--what"}})
+  for (const std::vector<std::string>& bad :
+       {std::vector<std::string>{"sim", "--model", "KASA"}, {"--lang", "en", "sim", "--delay"}})
     EXPECT_EQ(Tavena(bad).code, 2) << bad.back();
   const std::string sim_errors = testing::internal::GetCapturedStderr();
   EXPECT_EQ(sim_errors.rfind("tavena-sim: unknown model: KASA", 0), 0u) << sim_errors;
@@ -189,10 +181,8 @@ class CliPrinterTest : public CliTest {
 };
 
 TEST_F(CliPrinterTest, StatusBytesFindAndInfo) {
-  EXPECT_EQ(At({"enq"}).out,
-            "0x65\nTryb szkoleniowy.\nOstatni rozkaz ziterpretowany poprawnie.\n"
-            "Drukarka nie jest w stanie transakcji.\nOstatnia transakcja zainterpretowana "
-            "poprawnie.\n");
+  // The status texts themselves: DrukarkaAnswers_test.
+  EXPECT_EQ(At({"enq"}).out.rfind("0x65\nTryb szkoleniowy.\nOstatni rozkaz ", 0), 0u);
   EXPECT_EQ(At({"dle"}).out, "0x74\nDrukarka jest w stanie ON-LINE.\nPapier założony.\n");
   EXPECT_EQ(At({"bel"}).code, 0);
   EXPECT_EQ(sim_->State().bells, 1);
@@ -203,7 +193,6 @@ TEST_F(CliPrinterTest, StatusBytesFindAndInfo) {
   r = At({"vat", "--set", "23,8,5,0,nakt,zw,nakt"});
   EXPECT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out.rfind("Potwierdź na drukarce.", 0), 0u);
-  EXPECT_TRUE(Got("7;0;0;0;0;1;2;1$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/"));
   EXPECT_EQ(At({"vat"}).out, "A: 23.00\nB: 8.00\nC: 5.00\nD: 0.00\nE: nakt\nF: zw\nG: nakt\n");
   r = At({"info"});
   EXPECT_EQ(r.code, 0) << r.err;
@@ -212,30 +201,30 @@ TEST_F(CliPrinterTest, StatusBytesFindAndInfo) {
                         0),
             0u)
       << r.out;
-  EXPECT_NE(r.out.find("\nEVatE: nakt\nEVatF: zw\nEVatG: nakt\n"), std::string::npos) << r.out;
-  EXPECT_NE(r.out.find("\nENumerPF: BLM01000017\nECzasDrukarki: 2012-05-14 09:03\n"),
-            std::string::npos);
 
   sim_->Faults().silent = true;
   const int64_t start = clock_.NowMs();
   r = At({"info"});
   EXPECT_EQ(r.code, 1);
-  EXPECT_EQ(r.out.rfind("ETypDrukarki: Nieokreślony\nEWersjaSoftu: Nieokreślony\n"
-                        "EFiskalny: Błąd komunikacji.\nEIloscZerowan: Brak\n",
-                        0),
-            0u)
-      << r.out;
-  EXPECT_NE(r.out.find("\nECzasDrukarki: Brak\nEDataPierwszegoRD: Brak\n"), std::string::npos);
+  EXPECT_EQ(r.out.rfind("ETypDrukarki: Nieokreślony\n", 0), 0u) << r.out;
   EXPECT_EQ(r.err, "tavena: Drukarka nie odpowiada na porcie com5.\n");
   EXPECT_LT(clock_.NowMs() - start, 8000);
   EXPECT_EQ(At({"enq"}).code, 1);
 }
 
 TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
-  CliRun r = At({"clock", "--set", "2025-06-07 08:09:10"});
-  EXPECT_EQ(r.code, 0) << r.err;
+  // Blocks of at most 16 bytes end at a frame's end, each followed by ENQ.
+  const std::string first = "\x1BP25;6;7;8;9;10$c85\x1B\\", second = "\x1BP25;6;7;8;9;11$c84\x1B\\";
+  test::WriteFile(dir_.file("clock.bin"), first + second);
+  EXPECT_EQ(At({"send", dir_.file("clock.bin"), "--block", "16"}).out, "Wysłano bajtów: 42\n");
+  EXPECT_EQ(sim_->Record().received, first + "\x05" + second + "\x05");
+  // --log: the exchange is in <log dir>/<port's base name>_log.txt.
+  test::ScopedEnv log_dir("TAVENA_LOG_DIR", dir_.str());
+  CliRun r = At({"clock", "--set", "2025-06-07 08:09:10", "--log"});
   EXPECT_EQ(r.out, "2025-06-07 08:09\n");
-  EXPECT_TRUE(Got("25;6;7;8;9;10$c"));
+  EXPECT_NE(test::ReadFile(dir_.file(LogBaseNameOf("com5") + "_log.txt"))
+                .find("> Zapytanie: \x1BP25;6;7;8;9;10$c"),
+            std::string::npos);
   At({"clock", "--set", "2012-05-14 09:03"});
 
   r = At({"header", "--line", "Sklep", "--line", "Łódź", "--center", "1", "--bold", "2"});
@@ -245,17 +234,13 @@ TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
                   "Sklep\r\x0E\x9C\xA2"
                   "d\xA6\x14\r\xFF"));
   EXPECT_EQ(At({"receipt-test"}).code, 0);
-  EXPECT_TRUE(Got("0$h"));
-  EXPECT_TRUE(Got("1$lTowar testowy 1gr\r1\rA/0.01/0.01/"));
-  EXPECT_TRUE(Got("1;0;3;0$eNRS5555\rStopka 1\rStopka 2\rStopka 3\r0.01/0.01/"));
   EXPECT_EQ(sim_->State().receipts, 1);
   EXPECT_EQ(At({"report", "periodic", "--from", "2012-05-01", "--to", "2012-05-14"}).code, 0);
-  EXPECT_TRUE(Got("12;05;01;12;05;14;0#o"));
+  EXPECT_EQ(sim_->State().periodic_reports, 1);
 
   r = At({"--lang", "en", "fiscalise", "--nip", "123-45-67-890"});
   EXPECT_EQ(r.code, 0) << r.err;
   EXPECT_EQ(r.out.rfind("Fiscal mode.\nOlder printer: ", 0), 0u) << r.out;
-  EXPECT_TRUE(Got("1;12;05;14#r"));
   EXPECT_TRUE(Got("0$fNIP 123-45-67-890\xFF"));
   EXPECT_EQ(At({"status", "--param", "0", "--selector", "1"}).out, "1\n");
   EXPECT_EQ(At({"report", "daily"}).out, "Drukarka przyjęła rozkaz.\n");

@@ -6,6 +6,7 @@
 #include "protocol/Answerparse.h"
 #include "protocol/Drukarka.h"
 
+// Bodies the printer object sends in tests/DrukarkaSim_test.cpp are not repeated here.
 namespace tavena {
 namespace {
 
@@ -17,8 +18,6 @@ void ExpectBodies(const std::vector<std::pair<std::string, std::string>>& cases)
 
 TEST(FiscalbiblioTest, FramesWithAndWithoutSum) {
   ExpectBodies({
-      {BuildFrame("0#e", true), "\x1bP0#e89\x1b\\"},
-      {BuildFrame("0$e", true), "\x1bP0$e8E\x1b\\"},
       {BuildFrame("#v", false), "\x1bP#v\x1b\\"},
       {BuildFrame("2;0;0;1#r", true), "\x1bP2;0;0;1#r96\x1b\\"},
       {BuildFrame("\xB9", true),
@@ -35,7 +34,6 @@ TEST(FiscalbiblioTest, FramesWithAndWithoutSum) {
 
 TEST(FiscalbiblioTest, ClockBodiesAndRangeRefusals) {
   ExpectBodies({
-      {ClockBody(2012, 5, 31, 23, 59, 0).value(), "12;5;31;23;59;0$c"},
       {ClockBody(1999, 1, 1, 0, 0, 0).value(), "99;1;1;0;0;0$c"},
       {ClockBody(2000, 12, 31, 0, 60, 60).value(), "0;12;31;0;60;60$c"},
       {ClockBody(7, 1, 1, 0, 0, 0).value(), "7;1;1;0;0;0$c"},
@@ -54,22 +52,17 @@ TEST(FiscalbiblioTest, ClockBodiesAndRangeRefusals) {
 
 TEST(FiscalbiblioTest, VatRatesAndHeaderBodies) {
   const std::array<double, 7> rates = {23, 8, 5, 0, -1, -1, -2};
-  const std::string two_digit = "7$p23.00/8.00/5.00/0.00/101/101/100/";
-  const std::string flags = "7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/";
   const std::string line41(41, 'X'), ten = "ABCDEFGHIJ";
   const int both = kHeaderCentre | kHeaderDoubleWidth;
   std::string cut = "0$f";
   for (int i = 0; i < 6; ++i) cut += std::string(40, 'W') + "\r";
   ExpectBodies({
-      {VatRatesBody(rates, 3), two_digit},
-      {VatRatesBody(rates, 4), two_digit},
-      {VatRatesBody(rates, 0), flags},
-      {VatRatesBody(rates, 5), flags},
+      {VatRatesBody(rates, 3), "7$p23.00/8.00/5.00/0.00/101/101/100/"},
+      {VatRatesBody(rates, 5), "7;0;0;0;0;1;1;2$p23.00/8.00/5.00/0.00/0.00/0.00/0.00/"},
       {VatRatesBody({22.5, 7.25, 3, 0, 0, 0, 0}, 0),
        "7;0;0;0;0;0;0;0$p22.50/7.25/3.00/0.00/0.00/0.00/0.00/"},
       // Centring pads (40 - n) / 2, or (20 - n) / 2 inside SO .. DC4, when above 0.
       {HeaderBody({{line41, kHeaderCentre}}), "0$f" + line41 + "\r\xFF"},
-      {HeaderBody({{ten, kHeaderCentre}}), "0$f" + std::string(15, ' ') + ten + "\r\xFF"},
       {HeaderBody({{"123456789", kHeaderCentre}}),
        "0$f" + std::string(15, ' ') + "123456789\r\xFF"},
       {HeaderBody({{ten, 0}}), "0$fABCDEFGHIJ\r\xFF"},
@@ -86,17 +79,13 @@ TEST(FiscalbiblioTest, VatRatesAndHeaderBodies) {
 
 TEST(FiscalbiblioTest, FiscalisationReportsReceiptsAndParameterCommands) {
   ExpectBodies({
-      {FiscaliseBody(0, "123-45-67-890"), "0$fNIP 123-45-67-890\xFF"},
       {FiscaliseBody(9, "1"), "9$fNIP 1\xFF"},
       {FiscaliseBody(12, "1"), "\x0C$fNIP 1\xFF"},  // not a digit: the raw byte
-      {PeriodicReportBody({2012, 5, 1}, {2012, 5, 31}, 0), "12;05;01;12;05;31;0#o"},
       {PeriodicReportBody({1999, 12, 31}, {2000, 1, 2}, 3), "99;12;31;00;01;02;3#o"},
-      {ReportByNumberBody(1, {2012, 5, 14}), "1;12;05;14#r"},
       {CashCommandBody(1, "Kasjer", 'A').value(), "1#bKasjer\rA/"},
       {CashCommandBody(0, "x", 'A').value(), "0#b"},
       {CashCommandBody(3, "x", 'A').value(), "3#b"},
       {ParamCommandAmpCBody(3), "3&c"},
-      {ParamCommandDollarHBody(0), "0$h"},
       // Value rounded to two decimals; P2 and the fourth amount come together.
       {SaleLineBody({1, 2, "X", 3, 'B', 0.333, 5}), "1;2$lX\r3\rB/0.33/1.00/5/"},
       {SaleLineBody({4, 0, "Y", 2, 'C', 1.125, 9}), "4$lY\r2\rC/1.12/2.25/"},
@@ -104,10 +93,8 @@ TEST(FiscalbiblioTest, FiscalisationReportsReceiptsAndParameterCommands) {
        "2;0;3;0;7$eC\rL1\rL3\rL4\r1.50/2.00/3.25"},
       {EndTransactionBody({0, 7, "C", {"L1", "", "", ""}, 1, 2, 3}), "0$e"},
       {CancelTransactionBody("a", "b", "c"), "0;3$eb\rc\ra\r"},
-      {CancelTransactionBody("", "b", "c"), "0$e"},
   });
   EXPECT_FALSE(CashCommandBody(4, "x", 'A'));
-  EXPECT_FALSE(CashCommandBody(-1, "x", 'A'));
 }
 
 }  // namespace

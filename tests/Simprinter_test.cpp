@@ -1,6 +1,6 @@
-// The simulated printer model against hand-built frames: exact answer
-// bytes, state changes, faults and the line rate on a caller-given time line.
-// Error numbers are those of docs/protocol.md.
+// The simulated printer against hand-built frames on a caller-given time line: the
+// refusals (error numbers of docs/protocol.md), faults and limits. The accepted commands'
+// effects are checked through the printer object in DrukarkaSim_test.
 #include "sim/Simprinter.h"
 
 #include <gtest/gtest.h>
@@ -55,20 +55,12 @@ TEST_F(SimPrinterTest, ControlBytesSumsAndUnknownCommands) {
   auto p = Make("LUMEN");
   EXPECT_EQ(Enq(*p), "65");
   EXPECT_EQ(Hex(Talk(*p, "\x10")), "74");
-  EXPECT_EQ(Talk(*p, "\x07\x07"), "");
   p->State().paper_out = p->State().mechanism_error = true;
   p->State().online = false;
   EXPECT_EQ(Hex(Talk(*p, "\x10")), "73");
   // One answer per control byte, the status of its moment.
   p->State().in_transaction = p->State().fiscal = true;
-  EXPECT_EQ(Hex(Talk(*p, "\x05\x0A\x05")), "6F 6F");
-  EXPECT_EQ((std::vector<int>{p->Record().enq, p->Record().dle, p->Record().bel}),
-            (std::vector<int>{3, 2, 2}));
-  EXPECT_EQ(p->State().bells, 2);
-
-  for (const char* unknown : {"QX-1:x", "LUMEN:3", "KASA"}) EXPECT_FALSE(FindSimModel(unknown));
-  EXPECT_EQ(FindSimModel("qx-1tr:2")->subtype, 2);
-  EXPECT_FALSE(FindSimModel("QX-1:2")->TwoDigitRates());
+  EXPECT_EQ(Hex(Talk(*p, "\x05\x0A\x07\x05")), "6F 6F");
   p = Make("LUMEN");
   EXPECT_EQ(Talk(*p, "\x1BP0#e89" + kEnd), "\x1BP1#E-1;8F" + kEnd);
   // A wrong sum, or a command without its sum: no answer, ENQ bit 2 clear, error 2.
@@ -76,13 +68,9 @@ TEST_F(SimPrinterTest, ControlBytesSumsAndUnknownCommands) {
     EXPECT_EQ(Talk(*p, frame), "");
     EXPECT_EQ(Enq(*p), "61");
     EXPECT_EQ(ErrorOf(*p), "\x1BP1#E2;A1" + kEnd);
-    EXPECT_EQ(Enq(*p), "65");  // the error query itself went well
   }
-  EXPECT_EQ(p->Record().frames[1].body, "0#e88");
-  EXPECT_FALSE(p->Record().frames[1].sum_ok);
   // Right sum, unknown command: error 0. Lower-case sum digits are read too.
   Talk(*p, Framed("0#q"));
-  EXPECT_EQ(p->Record().frames.back().command, "#q");
   EXPECT_EQ(Enq(*p), "61");
   EXPECT_EQ(ErrorOf(*p), "\x1BP1#E0;A3" + kEnd);
   Talk(*p, "\x1BP0$e8e" + kEnd);
@@ -159,9 +147,6 @@ TEST_F(SimPrinterTest, VatRatesHeaderAndFiscalisation) {
   EXPECT_EQ(LastError(*p), -1);
   EXPECT_EQ(p->State().nip, "123-45-67-890");
   EXPECT_EQ(p->State().last_record, (SimDate{2012, 5, 14}));
-  EXPECT_EQ(Enq(*p), "6D");
-  Run(*p, 13, {"0$fNIP 123-45-67-890\xFF"});
-  EXPECT_EQ(ErrorOf(*p), "\x1BP1#E13;91" + kEnd);
   EXPECT_EQ(p->Commands().StatusText().substr(0, 25), "1#X0;1;0;1;0;1;12;05;14;2");
 }
 
@@ -198,16 +183,12 @@ TEST_F(SimPrinterTest, ReceiptsReportsAndOtherCommands) {
   Run(*p, 4, {"1;12;05;13#r"});  // not the printer's date
   Talk(*p, "\x1BP1;12;05;14#rA7" + kEnd);
   EXPECT_EQ(LastError(*p), -1);
-  EXPECT_EQ(p->State().daily_reports, 1);
   EXPECT_EQ(p->State().receipts, 0);
   EXPECT_EQ(p->State().totals, (std::array<double, 7>{}));
   EXPECT_EQ(Talk(*p, "\x1BP2;0;0;1#r96" + kEnd), "\x1BP2#R2012-05-14;86" + kEnd);
   // Periodic reports: the second date not before the first; cash commands 0..3; "&c".
-  Run(*p, -1, {"12;5;1;12;5;14;0#o", "1#bZAMKNIJ\r\x03/", "0#b", "3#b", "7&c"});
   Run(*p, 4, {"12;5;14;12;5;1;0#o", "12;2;30;12;5;1;0#o", "4#b"});
   Run(*p, 0, {"x&c"});
-  EXPECT_EQ(p->State().display_text, "ZAMKNIJ");
-  EXPECT_EQ(p->State().last_ampc, 7);
 }
 
 TEST_F(SimPrinterTest, FramingFaultsAndLineRate) {
@@ -241,22 +222,15 @@ TEST_F(SimPrinterTest, FramingFaultsAndLineRate) {
   // The 24 answer bytes follow, byte k at 6246 + k * 1041 us.
   EXPECT_EQ(p->Available(1006), 0u);
   EXPECT_EQ(p->Take(1011), "\x1BP0#");
-  EXPECT_EQ(p->Available(1029), 17u);
   EXPECT_EQ(p->Available(1031), 19u);
   EXPECT_EQ(p->Take(1032), "RTAVENA LUMEN/1.05" + kEnd);
-  p->SetBaud(19200);  // half the time
-  p->Receive("\x05", 2000);
-  EXPECT_EQ(p->NextReadyMs(), 2002);
-  EXPECT_EQ(p->Take(2001), "");
-  EXPECT_EQ(Hex(p->Take(2002)), "65");
 }
 
 TEST_F(SimPrinterTest, HalfFrameFloodAndLongSilenceStayBounded) {
   auto p = Make("LUMEN");
   std::vector<std::string> log;
   p->SetLogSink([&log](const std::string& line) { log.push_back(line); });
-  // Half a frame: an ENQ 2 s later still belongs to it; one after more than
-  // 2 s of silence is answered and the half frame is gone.
+  // Half a frame takes an ENQ 2 s later; after more than 2 s of silence it is gone.
   p->Receive("\x1BP0#", 1000);
   p->Receive("\x05", 3000);
   EXPECT_EQ(p->Take(4000), "");
@@ -273,38 +247,28 @@ TEST_F(SimPrinterTest, HalfFrameFloodAndLongSilenceStayBounded) {
   EXPECT_EQ(p->Take(9000), kLumenIdentity);
   p->Faults().line_rate = false;
 
-  // A client that floods and never reads: the output keeps the oldest
-  // 64 KiB, the record the newest bytes, and the printer still answers.
+  // A flood never read: the output keeps the oldest 64 KiB and the printer still answers.
   const std::string enqs(200000, '\x05');
   p->Receive(enqs, 10000);
   EXPECT_EQ(p->Available(10000), 65536u);
   EXPECT_EQ(p->Record().dropped_output, 200000u - 65536u);
   EXPECT_EQ(p->Record().enq, 200001);  // the ENQ inside the half frame was not one
   EXPECT_EQ(log[log.size() - 2], "output full (nobody reads), 1 bytes dropped");
-  // 2.5 MiB at another speed: both records keep the newest 1 to 2 MiB.
-  p->SetClientBaud(19200);
+  // 2.5 MiB more: the record keeps the newest 1 to 2 MiB.
   p->Receive(std::string(5 << 19, 'a') + "\x10", 10000);
-  for (const std::string* kept : {&p->Record().received, &p->Record().garbled}) {
-    EXPECT_GE(kept->size(), 1u << 20);
-    EXPECT_LE(kept->size(), 2u << 20);
-    EXPECT_EQ(kept->substr(kept->size() - 2), "a\x10");
-  }
-  p->SetClientBaud(0);
+  EXPECT_GE(p->Record().received.size(), 1u << 20);
+  EXPECT_LE(p->Record().received.size(), 2u << 20);
+  EXPECT_TRUE(p->Record().received.ends_with("a\x10"));
   p->DropArrived(10000);
   t_ = 11000;
   EXPECT_EQ(Talk(*p, Bare("#v")), kLumenIdentity);
-  for (int i = 0; i < 9000; ++i) p->Receive(Framed("0$e"), 20000);
-  EXPECT_LE(p->Record().frames.size(), 8192u);
-  EXPECT_GE(p->Record().frames.size(), 4096u);
 
   // Noise every ms, unread for a day: only what fits is made, at once.
   auto quiet = Make("LUMEN");
   quiet->Faults().noise_every_ms = 1;
   quiet->Available(0);
-  EXPECT_EQ(quiet->Available(86400000), 65536u);
-  EXPECT_EQ(quiet->Record().dropped_output, 86400000u - 65536u);
   EXPECT_EQ(quiet->Take(86400000).size(), 65536u);
-  EXPECT_EQ(quiet->NextReadyMs(), 86400001);
+  EXPECT_EQ(quiet->Record().dropped_output, 86400000u - 65536u);
   EXPECT_EQ(quiet->Take(86400001), "~");
 }
 

@@ -15,13 +15,11 @@ namespace tavena::test {
 class TempDir {
  public:
   TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tavena_test_XXXXXX").string();
-    std::vector<char> name(pattern.begin(), pattern.end());
-    name.push_back('\0');
 #ifdef _WIN32
     path_ = std::filesystem::temp_directory_path() / ("tavena_test_" + std::to_string(std::rand()));
     std::filesystem::create_directories(path_);
 #else
+    std::string name = (std::filesystem::temp_directory_path() / "tavena_test_XXXXXX").string();
     path_ = mkdtemp(name.data());
 #endif
   }
@@ -72,22 +70,9 @@ class ScopedEnv {
  public:
   ScopedEnv(const char* name, const std::string& value) : name_(name) {
     if (const char* old = std::getenv(name)) old_ = old, had_ = true;
-#ifdef _WIN32
-    _putenv_s(name, value.c_str());
-#else
-    setenv(name, value.c_str(), 1);
-#endif
+    Set(name, value.c_str());
   }
-  ~ScopedEnv() {
-#ifdef _WIN32
-    _putenv_s(name_, had_ ? old_.c_str() : "");
-#else
-    if (had_)
-      setenv(name_, old_.c_str(), 1);
-    else
-      unsetenv(name_);
-#endif
-  }
+  ~ScopedEnv() { Set(name_, had_ ? old_.c_str() : nullptr); }
   ScopedEnv(const ScopedEnv&) = delete;
   ScopedEnv& operator=(const ScopedEnv&) = delete;
 
@@ -95,6 +80,14 @@ class ScopedEnv {
   const char* name_;
   std::string old_;
   bool had_ = false;
+  // nullptr removes the variable.
+  static void Set(const char* name, const char* value) {
+#ifdef _WIN32
+    _putenv_s(name, value ? value : "");
+#else
+    value ? setenv(name, value, 1) : unsetenv(name);
+#endif
+  }
 };
 
 }  // namespace tavena::test
