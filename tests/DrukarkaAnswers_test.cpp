@@ -1,6 +1,8 @@
 // The pure readers of the printer's answers and the printer's message texts.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "protocol/Answerparse.h"
 #include "protocol/Printererrors.h"
 #include "sequence/Codepage.h"
@@ -13,13 +15,8 @@ std::string Cp(const char* utf8) {
 }
 
 TEST(DrukarkaAnswersTest, IdentityModelsTypesAndTexts) {
-  struct Case {
-    const char* answer;
-    int type, subtype;
-    const char* name;
-    const char* version;
-  };
-  const Case cases[] = {
+  // Answer, type, subtype, name, version.
+  const std::tuple<const char*, int, int, const char*, const char*> cases[] = {
       {"\x1bP1#RTAVENA LUMEN   /1.05 2011\x1b\\", 1, 0, "TAVENA LUMEN", "1.05 2011"},
       {"\x1bP4#RTAVENA QX-1TR/6.00\x1b\\", 6, 4, "TAVENA QX-1TR", "6.00"},
       {"\x1bP1#ROTHER/1\x1b\\", 0, 0, "OTHER", "1"},
@@ -30,13 +27,13 @@ TEST(DrukarkaAnswersTest, IdentityModelsTypesAndTexts) {
       {"\x1bP1#RTAVENA LUMEN 1.05\x1b\\", 1, 0, "", ""},
       {"\x1bP1#R/1.0\x1b\\", 0, 0, "", ""},
   };
-  for (const Case& c : cases) {
-    const IdentityAnswer id = ParseIdentity(c.answer);
-    EXPECT_TRUE(id.has_command) << c.answer;
-    EXPECT_EQ(id.type_code, c.type) << c.answer;
-    EXPECT_EQ(id.subtype, c.subtype) << c.answer;
-    EXPECT_EQ(id.name, c.name) << c.answer;
-    EXPECT_EQ(id.version, c.version) << c.answer;
+  for (const auto& [answer, type, subtype, name, version] : cases) {
+    const IdentityAnswer id = ParseIdentity(answer);
+    EXPECT_TRUE(id.has_command) << answer;
+    EXPECT_EQ(id.type_code, type) << answer;
+    EXPECT_EQ(id.subtype, subtype) << answer;
+    EXPECT_EQ(id.name, name) << answer;
+    EXPECT_EQ(id.version, version) << answer;
   }
   // "#R" missing or at the very start: nothing at all.
   for (const char* none : {"#RTAVENA LUMEN/1", "\x1bPTAVENA LUMEN/1\x1b\\", ""})
@@ -67,7 +64,7 @@ std::string StatusAnswer(const std::string& resets_and_date, const std::string& 
   return "\x1bP1#X0;1;2;3;4;" + resets_and_date + rates + rest + "\x1b\\";
 }
 
-TEST(DrukarkaAnswersTest, StatusFieldByField) {
+TEST(DrukarkaAnswersTest, StatusFieldsAndRules) {
   StatusRecord r;
   ASSERT_TRUE(ParseStatus(StatusAnswer("<12;12;5;31;", "23.00/8.00/5.00/0.00/101.00/101.00/100,00/",
                                        "57;100.00/20.00/3.00/0.00/7.50/1.25/ABC12345678"),
@@ -80,12 +77,8 @@ TEST(DrukarkaAnswersTest, StatusFieldByField) {
             "0|1|2|3|-1|2012-05-31|23.00;8.00;5.00;0.00;-1;-1;zw;|57|"
             "100.00;20.00;3.00;0.00;0.00;0.00;7.50;|1.25|ABC12345678||");
   EXPECT_EQ(r.f4, 4);
-  // Selector 11: the whole record, 184 bytes.
-  EXPECT_EQ(FormatStatusField(r, kStatusRaw).size(), 184u);
-}
+  EXPECT_EQ(FormatStatusField(r, kStatusRaw).size(), 184u);  // selector 11: the record
 
-TEST(DrukarkaAnswersTest, StatusRulesForResetsYearsAndRates) {
-  StatusRecord r;
   // Plain resets; year 50 is 2050 here (the clock reads it as 1950).
   ASSERT_TRUE(ParseStatus(StatusAnswer("12;50;1;2;", "23.00/8.00/5.00/0.00/100.00/101.00/0.00/",
                                        "0;1/2/3/4/5/6/ABCDEFGHIJKLMN"),
@@ -127,14 +120,13 @@ TEST(DrukarkaAnswersTest, FirstReportDateInText) {
       {"\x1bP2#R12;05;14;8C\x1b\\", 20120514},
       {"RAPORT DOBOWY\r\nNr 1 2012-05-14 09:00\r\n", 20120514},
       {"od 14.05.2012", 20120514},
-      {"\x1bP2#R8C\x1b\\", 0},  // no report yet
+      {"\x1bP2#R8C\x1b\\", 0},  // 0: no date (no report yet)
       {"2#R12;13;14;", 0},
       {"2012-13-01 12;05;14 2012-05/14 112012-05-14 1899-01-01", 0},
   };
   for (const auto& [text, date] : cases) {
     int y = 0, m = 0, d = 0;
-    EXPECT_EQ(FindReportDate(text, y, m, d) ? y * 10000 + m * 100 + d : 0, date)
-        << text;  // 0: none
+    EXPECT_EQ(FindReportDate(text, y, m, d) ? y * 10000 + m * 100 + d : 0, date) << text;
   }
 }
 
@@ -142,8 +134,6 @@ TEST(DrukarkaAnswersTest, PrinterErrorTable) {
   EXPECT_EQ(PrinterErrorText(0), "Nie rozpoznany rozkaz");
   EXPECT_EQ(PrinterErrorText(1), Cp("Nie zainicjalizowany zegar RTC.\nUstawić zegar z menu "
                                     "serwisowego lub\nprzesłać z aplikacji"));
-  EXPECT_EQ(PrinterErrorText(12), Cp("Błędny nagłówek (np. Za długi \nlub zawierający "
-                                     "niedozwolone znaki."));
   EXPECT_EQ(PrinterErrorText(31),
             "Nadmiar dodawania (przekroczenie zakresu got\xF3wki w kasie)/n"
             "(sekwencja LBDECCSH)");
