@@ -67,8 +67,7 @@ class DrukarkaSimTest : public ::testing::Test {
 };
 
 TEST_F(DrukarkaSimTest, SearchOfEachModel) {
-  // Model, type and subtype as the search finds them; the identity texts
-  // are read in FillStatusFields below.
+  // Model, type and subtype as the search finds them (identity texts: FillStatusFields).
   const std::tuple<const char*, int, int> cases[] = {
       {"LUMEN", 1, 0},  {"SOLIDA", 2, 0}, {"SOLIDA EJ", 3, 0}, {"QX-1", 4, 3},
       {"QX-1:2", 4, 2}, {"QX-1TR", 6, 4}, {"TM410", 7, 0},     {"MERIDO", 0, 0}};
