@@ -9,11 +9,9 @@
 #include <QStatusBar>
 
 #include "app/Texts.h"
-#include "tests/gui/Simwindows.h"
+#include "tests/gui/Guifakes.h"
 #include "windows/Printersend.h"
 #include "windows/Sender.h"
-
-#if TAVENA_HAVE_SIM
 
 namespace tavena {
 namespace {
@@ -24,9 +22,13 @@ using test::WriteFile;
 const std::string kClockFrame = "\x1bP26;11;23;8;30;0$c8D\x1b\\";
 const char* const kCaption = "Wysyłanie plików binarnych.";
 
-class SenderWindow : public test::SimulatedPrinterTest {
+class SenderWindow : public test::WindowTest {
  protected:
-  SenderWindow() { Settings().sender_path = Folder(); }
+  SenderWindow() {
+    Create();
+    sender = form->Windows().sender;
+    Settings().sender_path = Folder();
+  }
   QListWidget* List() const { return FindControl<QListWidget>(sender, "List"); }
   QStringList Names() const {
     QStringList names;
@@ -42,7 +44,7 @@ class SenderWindow : public test::SimulatedPrinterTest {
     EXPECT_EQ(dialogs.messages.back().text, FromUtf8(text));
     EXPECT_EQ(dialogs.messages.back().caption, FromUtf8(kCaption));
   }
-  TSenderForm* sender = form->Windows().sender;
+  TSenderForm* sender = nullptr;
 };
 
 TEST_F(SenderWindow, ListsBinFilesAsksForAFolderAndDeletesAfterAsking) {
@@ -139,5 +141,3 @@ TEST_F(SenderWindow, StopEndsTheSendAfterTheBlockInFlight) {
 
 }  // namespace
 }  // namespace tavena
-
-#endif
