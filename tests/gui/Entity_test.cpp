@@ -27,12 +27,6 @@ class EntityTest : public test::WindowTest {
   static QString Asked(const FileDialogRequest& r) {
     return QStringList{r.title, r.folder, r.file_name, r.filter}.join('|');
   }
-  static QString Names(const QListWidget* list) {
-    QStringList names;
-    for (int i = 0; i < list->count(); ++i) names << list->item(i)->text();
-    names.sort();
-    return names.join(' ');
-  }
   void ClickLabel15() { test::Click(form->findChild<QLabel*>("Label15")); }
 };
 
@@ -177,7 +171,7 @@ TEST_F(EntityTest, ListWindowListsArchiveOnlyFilesLoadsAndDeletes) {
   dialogs.chosen_file = QString::fromStdString(folder + "a.pod");
   Trigger(window, "Refresh");
   EXPECT_EQ(Settings().pod_path, folder);
-  EXPECT_EQ(Names(list), "B.POD a.pod");
+  EXPECT_EQ(test::ListNames(list), "B.POD a.pod");
 
   SetControlText(form.get(), "Label15", "poprzedni.pod");
   list->setCurrentItem(list->findItems("a.pod", Qt::MatchExactly)[0]);
@@ -197,7 +191,7 @@ TEST_F(EntityTest, ListWindowListsArchiveOnlyFilesLoadsAndDeletes) {
                 U("Kontynuować?"));
   EXPECT_EQ(dialogs.messages[0].buttons, MessageButtons::kOkCancel);
   EXPECT_FALSE(std::filesystem::exists(folder + "B.POD"));
-  EXPECT_EQ(Names(list), "a.pod");
+  EXPECT_EQ(test::ListNames(list), "a.pod");
 
   // "Wczytaj" always asks for the folder.
   WriteFile(dir.file("inny.pod"), "");
@@ -205,7 +199,7 @@ TEST_F(EntityTest, ListWindowListsArchiveOnlyFilesLoadsAndDeletes) {
   Trigger(window, "Wczytaj1");
   EXPECT_EQ(dialogs.requests.back().title, U("Odczyt katalogu z użytkownikami."));
   EXPECT_EQ(Settings().pod_path, dir.str() + "/");
-  EXPECT_EQ(Names(list), "inny.pod");
+  EXPECT_EQ(test::ListNames(list), "inny.pod");
   Trigger(window, "Zamknij1");
   EXPECT_FALSE(window->isVisible());
   EXPECT_FALSE(Settings().pod.showing);
@@ -223,7 +217,8 @@ TEST_F(EntityTest, StartUpReopensTheLastEntityAndShowsTheList) {
   EXPECT_FALSE(Box("CLine1")->isChecked());
   EXPECT_TRUE(Box("CLine2")->isChecked());
   EXPECT_TRUE(form->Windows().podmioty->isVisible());
-  EXPECT_EQ(Names(form->Windows().podmioty->findChild<QListWidget*>("List")), "firma.pod");
+  EXPECT_EQ(test::ListNames(form->Windows().podmioty->findChild<QListWidget*>("List")),
+            "firma.pod");
 
   // A name of 3 characters or fewer is not reopened: the design state stays.
   WriteFile(folder + "config.tav", "PodFile=abc\r\n");

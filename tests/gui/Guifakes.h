@@ -16,6 +16,7 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QListWidget>
 #include <QMouseEvent>
 #include <QStringList>
 #include <memory>
@@ -177,6 +178,14 @@ inline void Click(QWidget* widget, QPointF at = {2, 2}, Qt::MouseButton button =
   QMouseEvent event(QEvent::MouseButtonRelease, at, widget->mapToGlobal(at), button, Qt::NoButton,
                     Qt::NoModifier);
   QApplication::sendEvent(widget, &event);
+}
+
+// The names a file list shows, sorted, one space between.
+inline QString ListNames(const QListWidget* list) {
+  QStringList names;
+  for (int i = 0; i < list->count(); ++i) names << list->item(i)->text();
+  names.sort();
+  return names.join(' ');
 }
 
 // Every window test starts and ends with default settings and fonts.

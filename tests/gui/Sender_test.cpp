@@ -30,12 +30,6 @@ class SenderWindow : public test::WindowTest {
     Settings().sender_path = Folder();
   }
   QListWidget* List() const { return FindControl<QListWidget>(sender, "List"); }
-  QStringList Names() const {
-    QStringList names;
-    for (int i = 0; i < List()->count(); ++i) names << List()->item(i)->text();
-    names.sort();
-    return names;
-  }
   void Choose(const char* name) const {
     List()->setCurrentItem(List()->findItems(name, Qt::MatchExactly).value(0));
   }
@@ -62,7 +56,7 @@ TEST_F(SenderWindow, ListsBinFilesAsksForAFolderAndDeletesAfterAsking) {
 
   dialogs.chosen_file = Path("b.bin");
   sender->Wczytaj1Click();
-  EXPECT_EQ(Names(), QStringList({"a.bin", "b.bin"}));
+  EXPECT_EQ(test::ListNames(List()), "a.bin b.bin");
   EXPECT_EQ(List()->currentItem()->text(), "b.bin");
   EXPECT_EQ(Settings().sender_path, Folder());
 
@@ -72,7 +66,7 @@ TEST_F(SenderWindow, ListsBinFilesAsksForAFolderAndDeletesAfterAsking) {
   EXPECT_TRUE(QFile::exists(Path("a.bin")));
   sender->Kasuj1Click();
   EXPECT_FALSE(QFile::exists(Path("a.bin")));
-  EXPECT_EQ(Names(), QStringList({"b.bin"}));
+  EXPECT_EQ(test::ListNames(List()), "b.bin");
   ExpectLastMessage("Chcesz skasować plik o nazwie:\na.binKontynuować?");
   EXPECT_EQ(dialogs.messages.back().buttons, MessageButtons::kOkCancel);
 }
