@@ -5,7 +5,6 @@
 
 #include <QFile>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QTextBlock>
 #include <QTextLayout>
@@ -13,7 +12,7 @@
 #include "app/Texts.h"
 #include "protocol/Framefile.h"
 #include "sequence/Messagelanguage.h"
-#include "tests/gui/Simwindows.h"
+#include "tests/gui/Guifakes.h"
 #include "windows/Compilelist.h"
 #include "windows/Edytor.h"
 #include "windows/Edytorseq.h"
@@ -46,10 +45,13 @@ TEST(ExtensionRule, CutsAtTheFirstFullStopUnlessTheExtensionIsThere) {
   EXPECT_EQ(WithExtension("/dane/Raport.Bin", ".BIN"), "/dane/Raport.Bin");
 }
 
-#if TAVENA_HAVE_SIM
-
-class Editors : public test::SimulatedPrinterTest {
+class Editors : public test::WindowTest {
  protected:
+  Editors() {
+    Create();
+    frames = form->Windows().edytor;
+    sequences = form->Windows().edytor_seq;
+  }
   static QPlainTextEdit* Text(QWidget* window) {
     return FindControl<QPlainTextEdit>(window, "EEkran");
   }
@@ -61,8 +63,8 @@ class Editors : public test::SimulatedPrinterTest {
     EXPECT_EQ(dialogs.messages[index].text, FromUtf8(text));
     EXPECT_EQ(dialogs.messages[index].caption, FromUtf8(caption));
   }
-  TEdytorForm* frames = form->Windows().edytor;
-  TEdytorSeqForm* sequences = form->Windows().edytor_seq;
+  TEdytorForm* frames = nullptr;
+  TEdytorSeqForm* sequences = nullptr;
 };
 
 TEST_F(Editors, FrameFilesAreWrittenAndReadByteForByte) {
@@ -201,15 +203,9 @@ TEST_F(Editors, SequenceEditorTextFilesAndTheClickablePath) {
   Text(sequences)->appendPlainText("x");
   dialogs.answers = {false, true};
   auto* label = FindControl<QLabel>(sequences, "Label1");
-  for (int i = 0; i < 2; ++i) {
-    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(2, 2),
-                        label->mapToGlobal(QPointF(2, 2)), Qt::LeftButton, Qt::NoButton,
-                        Qt::NoModifier);
-    QApplication::sendEvent(label, &release);
-    if (i == 0) {
-      EXPECT_EQ(ReadFile(dir.file("b.txt")).size(), 24u);
-    }
-  }
+  test::Click(label);
+  EXPECT_EQ(ReadFile(dir.file("b.txt")).size(), 24u);
+  test::Click(label);
   EXPECT_EQ(ReadFile(dir.file("b.txt")), "seq = 'za\xbf\xf3\xb3\xe6'\r\n\\<end>\r\nx\r\n");
   EXPECT_EQ(dialogs.messages[1].text, FromUtf8("Zapisać do pliku\n") + Path("b.txt"));
   EXPECT_EQ(dialogs.messages[1].buttons, MessageButtons::kOkCancel);
@@ -276,8 +272,6 @@ TEST_F(Editors, NotationIsColouredAsTheCompilerReadsIt) {
   EXPECT_EQ(format(0, 24).underlineStyle(), QTextCharFormat::WaveUnderline);  // \q
   EXPECT_EQ(format(0, 13).underlineStyle(), QTextCharFormat::NoUnderline);
 }
-
-#endif
 
 }  // namespace
 }  // namespace tavena

@@ -4,17 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <QAction>
-#include <QApplication>
-#include <QCheckBox>
 #include <QLabel>
 #include <QListWidget>
-#include <QMouseEvent>
 #include <filesystem>
 
 #include "app/Entitycontrols.h"
-#include "app/Tavenaapp.h"
-#include "tests/TestSupport.h"
 #include "tests/gui/Guifakes.h"
 #include "windows/Podmioty.h"
 
@@ -22,57 +16,31 @@ namespace tavena {
 namespace {
 
 using test::ReadFile;
+using test::U;
 using test::WriteFile;
-
-QString U(const char* utf8) {
-  return QString::fromUtf8(utf8);
-}
 
 const char* const kFilter = "Pliki konfiguracyjne(*.pod)|*.pod|Wszystkie pliki(*.*)|*.*";
 
-class EntityTest : public test::GuiTest {
+class EntityTest : public test::WindowTest {
  protected:
-  void Create() { form = CreateWindows(std::make_unique<test::FakeLink>(), dir.str() + "/"); }
-  QString Text(const char* name) { return ControlText(form.get(), U(name)); }
-  void SetText(const char* name, const char* utf8) { SetControlText(form.get(), U(name), U(utf8)); }
-  QCheckBox* Box(const char* name) { return form->findChild<QCheckBox*>(U(name)); }
-  void Trigger(QWidget* window, const char* action) {
-    window->findChild<QAction*>(U(action))->trigger();
-  }
   // A file dialog as "title|folder|file name|filter".
   static QString Asked(const FileDialogRequest& r) {
     return QStringList{r.title, r.folder, r.file_name, r.filter}.join('|');
   }
-  static QString Names(const QListWidget* list) {
-    QStringList names;
-    for (int i = 0; i < list->count(); ++i) names << list->item(i)->text();
-    names.sort();
-    return names.join(' ');
-  }
-  void ClickLabel15() {
-    QLabel* label = form->findChild<QLabel*>("Label15");
-    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(1, 1),
-                        label->mapToGlobal(QPointF(1, 1)), Qt::LeftButton, Qt::NoButton,
-                        Qt::NoModifier);
-    QApplication::sendEvent(label, &release);
-  }
-
-  test::TempDir dir;
-  test::ScriptedDialogs dialogs;
-  std::unique_ptr<TTavenaForm> form;
+  void ClickLabel15() { test::Click(form->findChild<QLabel*>("Label15")); }
 };
 
 TEST_F(EntityTest, WritesWindows1250WithCrLfAndReadsByItsRules) {
   Create();
   WidgetEntityControls controls(form.get());
-  SetText("Line1", "Sklep Łódź");
-  SetText("Line8", "  koniec  ");
-  SetText("ENIP", "526-025-02-74");
+  Set("Line1", "Sklep Łódź");
+  Set("Line8", "  koniec  ");
+  Set("ENIP", "526-025-02-74");
   Box("BLine2")->setChecked(true);
   Box("CLine4")->setChecked(false);  // the others are checked by design
-  SetText("E_VatA", "23");
-  SetText("E_VatB", "8");
-  SetText("E_VatG", "zw");
+  Set("E_VatA", "23");
+  Set("E_VatB", "8");
+  Set("E_VatG", "zw");
   const std::string path = dir.file("sklep.pod");
   ASSERT_TRUE(WriteEntity(path, controls));
   EXPECT_EQ(ReadFile(path),
@@ -97,7 +65,7 @@ TEST_F(EntityTest, WritesWindows1250WithCrLfAndReadsByItsRules) {
             "  PTUB=8\nLinia1=pierwsza\r\nLineCenter3=1\r\nLinia1=druga \xB9 \r\nnip=999\r\n"
             "Obcy=1\nbez znaku\r\nLineBold3=2\r\nLineBold4=a\r\nLineBold5= 1\r\nLineCenter3=\r\n"
             "NIP=123\r\nab\r\nLinia2=ukryta\r\nPTUC=5\r\n");
-  SetText("Line2", "stare");
+  Set("Line2", "stare");
   ASSERT_TRUE(ReadEntity(path, controls));
   EXPECT_EQ(EntityText(controls),
             "Linia1=druga \xB9 \r\nLinia2=\r\nLinia3=\r\nLinia4=\r\nLinia5=\r\nLinia6=\r\n"
@@ -116,7 +84,7 @@ TEST_F(EntityTest, WritesWindows1250WithCrLfAndReadsByItsRules) {
 
 TEST_F(EntityTest, PlikMenuOpensSavesAndClears) {
   Create();
-  const std::string folder = dir.str() + "/";
+  const std::string folder = Folder();
   Settings().pod_path = folder;
   WriteFile(folder + "firma.pod", "Linia1=Firma\r\nLineCenter1=1\r\n");
   dialogs.chosen_file = QString::fromStdString(folder + "firma.pod");
@@ -132,7 +100,7 @@ TEST_F(EntityTest, PlikMenuOpensSavesAndClears) {
 
   // Saving through the label: Cancel writes nothing; OK writes the file and,
   // with no save dialog used since start-up, leaves PodPath and PodFile empty.
-  SetText("Line2", "Nowa");
+  Set("Line2", "Nowa");
   dialogs.answers = {false, true};
   ClickLabel15();
   EXPECT_EQ(ReadFile(folder + "firma.pod"), "Linia1=Firma\r\nLineCenter1=1\r\n");
@@ -203,7 +171,7 @@ TEST_F(EntityTest, ListWindowListsArchiveOnlyFilesLoadsAndDeletes) {
   dialogs.chosen_file = QString::fromStdString(folder + "a.pod");
   Trigger(window, "Refresh");
   EXPECT_EQ(Settings().pod_path, folder);
-  EXPECT_EQ(Names(list), "B.POD a.pod");
+  EXPECT_EQ(test::ListNames(list), "B.POD a.pod");
 
   SetControlText(form.get(), "Label15", "poprzedni.pod");
   list->setCurrentItem(list->findItems("a.pod", Qt::MatchExactly)[0]);
@@ -223,7 +191,7 @@ TEST_F(EntityTest, ListWindowListsArchiveOnlyFilesLoadsAndDeletes) {
                 U("Kontynuować?"));
   EXPECT_EQ(dialogs.messages[0].buttons, MessageButtons::kOkCancel);
   EXPECT_FALSE(std::filesystem::exists(folder + "B.POD"));
-  EXPECT_EQ(Names(list), "a.pod");
+  EXPECT_EQ(test::ListNames(list), "a.pod");
 
   // "Wczytaj" always asks for the folder.
   WriteFile(dir.file("inny.pod"), "");
@@ -231,32 +199,31 @@ TEST_F(EntityTest, ListWindowListsArchiveOnlyFilesLoadsAndDeletes) {
   Trigger(window, "Wczytaj1");
   EXPECT_EQ(dialogs.requests.back().title, U("Odczyt katalogu z użytkownikami."));
   EXPECT_EQ(Settings().pod_path, dir.str() + "/");
-  EXPECT_EQ(Names(list), "inny.pod");
+  EXPECT_EQ(test::ListNames(list), "inny.pod");
   Trigger(window, "Zamknij1");
   EXPECT_FALSE(window->isVisible());
   EXPECT_FALSE(Settings().pod.showing);
 }
 
 TEST_F(EntityTest, StartUpReopensTheLastEntityAndShowsTheList) {
-  const std::string folder = dir.str() + "/";
+  const std::string folder = Folder();
   WriteFile(folder + "config.tav",
             "PodPath=" + folder + "\r\nPodFile=firma.pod\r\nPodShowing=1\r\n");
   WriteFile(folder + "firma.pod", "Linia1=Z pliku\r\nLineCenter2=1\r\n");
   Create();
-  test::StartMainWindow(*form);
+  Start();
   EXPECT_EQ(Text("Label15"), QString::fromStdString(folder + "firma.pod"));
   EXPECT_EQ(Text("Line1"), U("Z pliku"));
   EXPECT_FALSE(Box("CLine1")->isChecked());
   EXPECT_TRUE(Box("CLine2")->isChecked());
   EXPECT_TRUE(form->Windows().podmioty->isVisible());
-  EXPECT_EQ(Names(form->Windows().podmioty->findChild<QListWidget*>("List")), "firma.pod");
+  EXPECT_EQ(test::ListNames(form->Windows().podmioty->findChild<QListWidget*>("List")),
+            "firma.pod");
 
   // A name of 3 characters or fewer is not reopened: the design state stays.
-  form.reset();
-  Reset();
   WriteFile(folder + "config.tav", "PodFile=abc\r\n");
-  Create();
-  test::StartMainWindow(*form);
+  Recreate();
+  Start();
   EXPECT_EQ(Text("Label15"), "abc");
   EXPECT_TRUE(Box("CLine1")->isChecked());
 }

@@ -1,5 +1,5 @@
 // Scripted stand-ins for the window tests (the dialog service and the
-// printer link) and the fixture every window test derives from.
+// printer link) and the fixtures the window tests derive from.
 #pragma once
 
 #include <deque>
@@ -10,16 +10,29 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QListWidget>
+#include <QMouseEvent>
 #include <QStringList>
+#include <memory>
 #include <ostream>
 
 #include "app/Dialogs.h"
 #include "app/Fonts.h"
 #include "app/Printerlink.h"
 #include "app/Settings.h"
+#include "app/Tavenaapp.h"
 #include "app/Tavenamain.h"
+#include "sequence/Clock.h"
+#include "sim/Simport.h"
+#include "sim/Simprinter.h"
+#include "tests/Fakeserial.h"
+#include "tests/TestSupport.h"
 
 // Readable Qt strings in test failures.
 inline void PrintTo(const QString& text, std::ostream* out) {
@@ -30,6 +43,10 @@ inline void PrintTo(const QStringList& list, std::ostream* out) {
 }
 
 namespace tavena::test {
+
+inline QString U(const char* utf8) {
+  return QString::fromUtf8(utf8);
+}
 
 struct ShownMessage {
   QString text;
@@ -156,6 +173,21 @@ inline void StartMainWindow(TTavenaForm& form) {
   QObject::disconnect(done);
 }
 
+// A left-button release on the widget at the point (a click on a label).
+inline void Click(QWidget* widget, QPointF at = {2, 2}, Qt::MouseButton button = Qt::LeftButton) {
+  QMouseEvent event(QEvent::MouseButtonRelease, at, widget->mapToGlobal(at), button, Qt::NoButton,
+                    Qt::NoModifier);
+  QApplication::sendEvent(widget, &event);
+}
+
+// The names a file list shows, sorted, one space between.
+inline QString ListNames(const QListWidget* list) {
+  QStringList names;
+  for (int i = 0; i < list->count(); ++i) names << list->item(i)->text();
+  names.sort();
+  return names.join(' ');
+}
+
 // Every window test starts and ends with default settings and fonts.
 class GuiTest : public ::testing::Test {
  protected:
@@ -165,6 +197,62 @@ class GuiTest : public ::testing::Test {
     Settings() = SettingsRecord{};
     Fonts() = SharedFonts{};
   }
+};
+
+// The whole program's windows over a FakeLink, with scripted dialogs and a
+// scratch settings folder; the printer object talks to the in-process
+// simulated printer on com5, on virtual time.
+class WindowTest : public GuiTest {
+ protected:
+  // Builds every window; config.tav is read from the scratch folder.
+  void Create(std::unique_ptr<FakeLink> fake = std::make_unique<FakeLink>()) {
+    link = fake.get();
+    link->ports = {{"Port komunikacyjny", "/dev/ttyS0"}, {"TAVENA USB", "/dev/ttyUSB0"}};
+    form = CreateWindows(std::move(fake), Folder());
+    form->Printer().SetPort("com5", 9600);
+  }
+  // Builds anew from what config.tav now holds.
+  void Recreate() {
+    form.reset();
+    Reset();
+    Create();
+  }
+  void Start() { StartMainWindow(*form); }
+  std::string Folder() const { return dir.str() + "/"; }
+  QString Path(const std::string& name) const { return QString::fromStdString(dir.file(name)); }
+  const std::string& Received() const { return sim->Record().received; }
+  QString Text(const char* name) const { return ControlText(form.get(), U(name)); }
+  void Set(const char* name, const char* utf8) { SetControlText(form.get(), U(name), U(utf8)); }
+  QCheckBox* Box(const char* name) const { return form->findChild<QCheckBox*>(U(name)); }
+  QComboBox* Combo(const char* name) const { return form->findChild<QComboBox*>(U(name)); }
+  QStringList Items(const char* name) const {
+    QStringList items;
+    for (int i = 0; i < Combo(name)->count(); ++i) items << Combo(name)->itemText(i);
+    return items;
+  }
+  static void Trigger(QWidget* window, const char* action) {
+    window->findChild<QAction*>(U(action))->trigger();
+  }
+  // Texts of the boxes shown since the last call, all under the given caption.
+  QStringList Messages(const char* caption = "Program serwisowy drukarek.") {
+    QStringList texts;
+    for (const ShownMessage& m : dialogs.messages) {
+      EXPECT_EQ(m.caption, U(caption)) << m.text.toStdString();
+      texts << m.text;
+    }
+    dialogs.messages.clear();
+    return texts;
+  }
+
+  VirtualClock clock;
+  ScopedClock scoped_clock{&clock};
+  ScopedWine wine{false};
+  TempDir dir;
+  ScriptedDialogs dialogs;
+  std::unique_ptr<SimPrinter> sim = MakeSimPrinter("LUMEN");
+  SimPort port{"com5", *sim};
+  FakeLink* link = nullptr;
+  std::unique_ptr<TTavenaForm> form;
 };
 
 }  // namespace tavena::test

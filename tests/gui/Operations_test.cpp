@@ -1,63 +1,43 @@
 // The main window's status queries, header counter, programming operations
 // and fiscalisation against the simulated printer, in process, on virtual
 // time (the printer's clock and the computer's both start 2012-05-14 09:03).
-#if TAVENA_HAVE_SIM
-
 #include <gtest/gtest.h>
 
-#include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <array>
 
-#include "app/Tavenaapp.h"
-#include "sequence/Clock.h"
-#include "sim/Simport.h"
-#include "sim/Simprinter.h"
-#include "tests/Fakeserial.h"
-#include "tests/TestSupport.h"
 #include "tests/gui/Guifakes.h"
 #include "windows/Info.h"
 
 namespace tavena {
 namespace {
 
-QString U(const char* utf8) {
-  return QString::fromUtf8(utf8);
-}
+using test::U;
 
-class Operations : public test::GuiTest {
+class Operations : public test::WindowTest {
  protected:
   // The main window after a start-up that found a printer of this type on
   // the simulated port.
   void Start(const char* type = "TAVENA LUMEN") {
-    auto fake = std::make_unique<test::FakeLink>();
-    link = fake.get();
+    Create();
     link->find_result = 1;
     link->found_port = "com5";
-    link->ports = {{"Port", "com5"}};
     link->fields = {{"ETypDrukarki", type},
                     {"EFiskalny", "Tryb szkoleniowy."},
                     {"ECzasDrukarki", "2012-05-14 09:03"}};
-    form = CreateWindows(std::move(fake), dir.str() + "/");
-    form->Printer().SetPort("com5", 9600);
-    test::StartMainWindow(*form);
+    WindowTest::Start();
     Messages();
   }
-  void Set(const char* name, const char* text) { SetControlText(form.get(), name, U(text)); }
-  void Tick(const char* name, bool on) { FindControl<QCheckBox>(form.get(), name)->setChecked(on); }
+  void Tick(const char* name, bool on) { Box(name)->setChecked(on); }
+  void SetRates(const std::array<const char*, 7>& rates) {
+    for (int i = 0; i < 7; ++i)
+      SetControlText(form.get(), QStringLiteral("E_Vat%1").arg(QChar('A' + i)), U(rates[i]));
+  }
   QStringList Info() const {
     QStringList lines{form->Windows().info->windowTitle()};
     for (int n = 1; n <= 4; ++n) lines << form->Windows().info->Line(n)->text();
     return lines;
-  }
-  QStringList Messages() {
-    QStringList texts;
-    for (const test::ShownMessage& m : dialogs.messages) {
-      EXPECT_EQ(m.caption, U("Program serwisowy drukarek.")) << m.text.toStdString();
-      texts << m.text;
-    }
-    dialogs.messages.clear();
-    return texts;
   }
   // Commands that reached the printer since the last call.
   std::string Commands() {
@@ -66,22 +46,12 @@ class Operations : public test::GuiTest {
     for (; seen < frames.size(); ++seen) commands += frames[seen].command + " ";
     return commands;
   }
-
-  VirtualClock clock;
-  ScopedClock scoped{&clock};
-  test::ScopedWine wine{false};
-  std::unique_ptr<SimPrinter> sim = MakeSimPrinter("LUMEN");
-  SimPort port{"com5", *sim};
-  test::TempDir dir;
-  test::ScriptedDialogs dialogs;
-  test::FakeLink* link = nullptr;
-  std::unique_ptr<TTavenaForm> form;
   size_t seen = 0;
 };
 
 TEST_F(Operations, HeaderByteCounter) {
   Start();
-  QLineEdit* count = FindControl<QLineEdit>(form.get(), "HCount");
+  auto* count = FindControl<QLineEdit>(form.get(), "HCount");
   const auto counted = [&] {
     form->Timer1Timer();
     return count->text();
@@ -150,9 +120,7 @@ TEST_F(Operations, ClockRatesAndHeader) {
   form->Odczytaj1Click();
   EXPECT_EQ(ControlText(form.get(), "ECzasDrukarki"), "2026-11-21 12:00");
 
-  const char* rates[] = {"23", "8", "zw", "0", "nakt", "zw", "5"};
-  for (int i = 0; i < 7; ++i)
-    Set(qPrintable(QStringLiteral("E_Vat%1").arg(QChar('A' + i))), rates[i]);
+  SetRates({"23", "8", "zw", "0", "nakt", "zw", "5"});
   form->WVATClick();
   EXPECT_EQ(Messages(), QStringList({U("Podano nieprawidłowe stawki VAT\nMoże wystapić tylko jedna "
                                        "stawka zwolniona.\nBłąd wystąpił w stawce F")}));
@@ -238,9 +206,7 @@ TEST_F(Operations, FiscalisationOfAnOlderPrinter) {
   Start();
   Set("ENIP", "123-45-67-890");
   Set("Line1", "Sklep");
-  const char* rates[] = {"23", "8", "5", "0", "nakt", "nakt", "zw"};
-  for (int i = 0; i < 7; ++i)
-    Set(qPrintable(QStringLiteral("E_Vat%1").arg(QChar('A' + i))), rates[i]);
+  SetRates({"23", "8", "5", "0", "nakt", "nakt", "zw"});
   dialogs.answers = {false};  // Cancel on the list: nothing happens
   form->FiskalizacjaClick();
   const QStringList list = Messages();
@@ -267,5 +233,3 @@ TEST_F(Operations, FiscalisationOfAnOlderPrinter) {
 
 }  // namespace
 }  // namespace tavena
-
-#endif

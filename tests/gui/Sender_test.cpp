@@ -9,11 +9,9 @@
 #include <QStatusBar>
 
 #include "app/Texts.h"
-#include "tests/gui/Simwindows.h"
+#include "tests/gui/Guifakes.h"
 #include "windows/Printersend.h"
 #include "windows/Sender.h"
-
-#if TAVENA_HAVE_SIM
 
 namespace tavena {
 namespace {
@@ -24,16 +22,14 @@ using test::WriteFile;
 const std::string kClockFrame = "\x1bP26;11;23;8;30;0$c8D\x1b\\";
 const char* const kCaption = "Wysyłanie plików binarnych.";
 
-class SenderWindow : public test::SimulatedPrinterTest {
+class SenderWindow : public test::WindowTest {
  protected:
-  SenderWindow() { Settings().sender_path = Folder(); }
-  QListWidget* List() const { return FindControl<QListWidget>(sender, "List"); }
-  QStringList Names() const {
-    QStringList names;
-    for (int i = 0; i < List()->count(); ++i) names << List()->item(i)->text();
-    names.sort();
-    return names;
+  SenderWindow() {
+    Create();
+    sender = form->Windows().sender;
+    Settings().sender_path = Folder();
   }
+  QListWidget* List() const { return FindControl<QListWidget>(sender, "List"); }
   void Choose(const char* name) const {
     List()->setCurrentItem(List()->findItems(name, Qt::MatchExactly).value(0));
   }
@@ -42,7 +38,7 @@ class SenderWindow : public test::SimulatedPrinterTest {
     EXPECT_EQ(dialogs.messages.back().text, FromUtf8(text));
     EXPECT_EQ(dialogs.messages.back().caption, FromUtf8(kCaption));
   }
-  TSenderForm* sender = form->Windows().sender;
+  TSenderForm* sender = nullptr;
 };
 
 TEST_F(SenderWindow, ListsBinFilesAsksForAFolderAndDeletesAfterAsking) {
@@ -60,7 +56,7 @@ TEST_F(SenderWindow, ListsBinFilesAsksForAFolderAndDeletesAfterAsking) {
 
   dialogs.chosen_file = Path("b.bin");
   sender->Wczytaj1Click();
-  EXPECT_EQ(Names(), QStringList({"a.bin", "b.bin"}));
+  EXPECT_EQ(test::ListNames(List()), "a.bin b.bin");
   EXPECT_EQ(List()->currentItem()->text(), "b.bin");
   EXPECT_EQ(Settings().sender_path, Folder());
 
@@ -70,7 +66,7 @@ TEST_F(SenderWindow, ListsBinFilesAsksForAFolderAndDeletesAfterAsking) {
   EXPECT_TRUE(QFile::exists(Path("a.bin")));
   sender->Kasuj1Click();
   EXPECT_FALSE(QFile::exists(Path("a.bin")));
-  EXPECT_EQ(Names(), QStringList({"b.bin"}));
+  EXPECT_EQ(test::ListNames(List()), "b.bin");
   ExpectLastMessage("Chcesz skasować plik o nazwie:\na.binKontynuować?");
   EXPECT_EQ(dialogs.messages.back().buttons, MessageButtons::kOkCancel);
 }
@@ -139,5 +135,3 @@ TEST_F(SenderWindow, StopEndsTheSendAfterTheBlockInFlight) {
 
 }  // namespace
 }  // namespace tavena
-
-#endif

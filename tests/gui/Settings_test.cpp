@@ -102,18 +102,13 @@ TEST(Settings, FontDefaultsFillOnlyWhatIsMissing) {
   r.font_info = {"", 0x123456, 12, kFontUnderline};  // empty face, size 12 kept
   r.font_edit = {"Courier New", 0xFF, 0, 0};         // face kept, size defaulted
   ApplyFontDefaults(r);
-  EXPECT_EQ(r.font_info.face, "Arial");
-  EXPECT_EQ(r.font_info.colour, 0x696A4F);
-  EXPECT_EQ(r.font_info.size, 12);
-  EXPECT_EQ(r.font_info.style, kFontBold | kFontItalic);
-  EXPECT_EQ(r.font_edit.face, "Courier New");
-  EXPECT_EQ(r.font_edit.colour, 0xFF);
-  EXPECT_EQ(r.font_edit.size, 10);
-  EXPECT_EQ(r.font_edit.style, 0);
-  EXPECT_EQ(r.font_wind.face, "Arial");
-  EXPECT_EQ(r.font_wind.colour, -1);
-  EXPECT_EQ(r.font_wind.size, 10);
-  EXPECT_EQ(r.font_wind.style, 0);
+  const auto font = [](const FontSetting& f) {
+    return f.face + " " + std::to_string(f.colour) + " " + std::to_string(f.size) + " " +
+           std::to_string(f.style);
+  };
+  EXPECT_EQ(font(r.font_info), "Arial 6908495 12 3");  // bold and italic
+  EXPECT_EQ(font(r.font_edit), "Courier New 255 10 0");
+  EXPECT_EQ(font(r.font_wind), "Arial -1 10 0");
 }
 
 TEST(Settings, FolderAndLanguageFile) {
