@@ -1,7 +1,5 @@
-// A scripted serial device for tests on the virtual clock. Bytes can be
-// scheduled to arrive at given times or in answer to writes; the transmit
-// queue drains at a set rate; writes can fail or report 0 bytes like WINE.
-// ScopedFakeSerial installs it as the process-wide opener for a scope.
+// A scripted serial device on the virtual clock: timed or answering arrivals, a
+// transmit queue that drains at a set pace, writes that fail or report 0 like WINE.
 #pragma once
 
 #include <algorithm>
@@ -19,7 +17,6 @@
 namespace tavena::test {
 
 struct FakeSerialState {
-  // Script.
   std::multimap<int64_t, std::string> arrivals;  // clock ms -> bytes that arrive then
   std::function<std::string(const std::string& written_now)> on_write;  // reply to a write
   int64_t accept_limit = -1;           // total bytes accepted before writes fail (-1: no limit)
@@ -29,7 +26,7 @@ struct FakeSerialState {
   bool never_drains = false;           // written bytes never leave the transmit queue
   int open_error = 0;                  // non-zero: opening fails with this error
 
-  // What the channel did.
+  // What the channel did:
   std::string written;                // every byte the device took
   std::vector<uint32_t> write_sizes;  // length asked by each write
   std::vector<int64_t> write_times;   // clock ms of each write
@@ -42,9 +39,8 @@ struct FakeSerialState {
   int transmit_waits = 0;
   bool closed = false;
 
-  // Device side.
   std::string incoming;    // arrived, not yet read
-  int64_t tx_pending = 0;  // bytes of the last write not yet "on the wire"
+  int64_t tx_pending = 0;  // bytes of the last write not yet "on the wire" at tx_since
   int64_t tx_since = 0;
 
   void Deliver() {
@@ -122,8 +118,7 @@ class FakeSerial : public SerialDevice {
   std::shared_ptr<FakeSerialState> s_;
 };
 
-// Every open in the scope gets a FakeSerial on one shared state (or fails
-// with state->open_error); the host backend comes back at scope end.
+// Every open in the scope gets a FakeSerial on one shared state (or fails with open_error).
 class ScopedFakeSerial {
  public:
   ScopedFakeSerial() : state(std::make_shared<FakeSerialState>()) {
@@ -136,8 +131,6 @@ class ScopedFakeSerial {
     });
   }
   ~ScopedFakeSerial() { SetSerialOpener(nullptr); }
-  ScopedFakeSerial(const ScopedFakeSerial&) = delete;
-  ScopedFakeSerial& operator=(const ScopedFakeSerial&) = delete;
 
   std::shared_ptr<FakeSerialState> state;
 };
@@ -147,8 +140,6 @@ class ScopedWine {
  public:
   explicit ScopedWine(bool under_wine) { SetWineOverride(under_wine); }
   ~ScopedWine() { SetWineOverride(std::nullopt); }
-  ScopedWine(const ScopedWine&) = delete;
-  ScopedWine& operator=(const ScopedWine&) = delete;
 };
 
 }  // namespace tavena::test
