@@ -28,11 +28,8 @@ TEST(CodepageTest, MazoviaLettersBothWaysOtherBytesUnchanged) {
 
 TEST(CodepageTest, Cp1250AndUtf8) {
   EXPECT_EQ(Cp1250ToUtf8("\x7A\x61\xBF\xF3\xB3\xE6"), "zażółć");
-  EXPECT_EQ(Utf8ToCp1250("ZAŻÓŁĆ gęślą jaźń"), "ZA\xAF\xD3\xA3\xC6 g\xEA\x9Cl\xB9 ja\x9F\xF1");
-  EXPECT_EQ(Utf8ToCp1250("€ – „x”"), "\x80 \x96 \x84x\x94");
   // No Windows-1250 code, or broken UTF-8: '?'.
-  EXPECT_EQ(Utf8ToCp1250("a日b"), "a?b");
-  EXPECT_EQ(Utf8ToCp1250("a\xC5"), "a?");
+  EXPECT_EQ(Utf8ToCp1250("€ – „x” 日 \xC5"), "\x80 \x96 \x84x\x94 ? ?");
   // Every byte survives the trip through Unicode, unassigned ones included.
   for (int b = 1; b < 256; ++b) {
     const std::string one(1, static_cast<char>(b));

@@ -19,12 +19,11 @@ namespace tavena::test {
 struct FakeSerialState {
   std::multimap<int64_t, std::string> arrivals;  // clock ms -> bytes that arrive then
   std::function<std::string(const std::string& written_now)> on_write;  // reply to a write
-  int64_t accept_limit = -1;           // total bytes accepted before writes fail (-1: no limit)
-  bool report_zero_written = false;    // a good write reports 0 bytes (as under WINE)
-  bool write_accepts_nothing = false;  // writes succeed but take no byte
-  int drain_ms_per_byte = 0;           // transmit queue empties at this pace (0: at once)
-  bool never_drains = false;           // written bytes never leave the transmit queue
-  int open_error = 0;                  // non-zero: opening fails with this error
+  int64_t accept_limit = -1;         // total bytes accepted before writes fail (-1: no limit)
+  bool report_zero_written = false;  // a good write reports 0 bytes (as under WINE)
+  int drain_ms_per_byte = 0;         // transmit queue empties at this pace (0: at once)
+  bool never_drains = false;         // written bytes never leave the transmit queue
+  int open_error = 0;                // non-zero: opening fails with this error
 
   // What the channel did:
   std::string written;                // every byte the device took
@@ -96,10 +95,9 @@ class FakeSerial : public SerialDevice {
   bool Write(const uint8_t* bytes, uint32_t n, uint32_t& written) override {
     s_->write_sizes.push_back(n);
     s_->write_times.push_back(NowMs());
-    uint32_t take = s_->write_accepts_nothing ? 0 : n;
-    if (s_->accept_limit >= 0)
-      take = static_cast<uint32_t>(std::clamp<int64_t>(
-          s_->accept_limit - static_cast<int64_t>(s_->written.size()), 0, take));
+    const int64_t room = s_->accept_limit - static_cast<int64_t>(s_->written.size());
+    const uint32_t take =
+        s_->accept_limit < 0 ? n : static_cast<uint32_t>(std::clamp<int64_t>(room, 0, n));
     const std::string now(reinterpret_cast<const char*>(bytes), take);
     s_->written += now;
     s_->tx_pending = s_->OutQueue() + take;
