@@ -22,9 +22,7 @@ struct FakeSerialState {
   int64_t accept_limit = -1;         // total bytes accepted before writes fail (-1: no limit)
   bool report_zero_written = false;  // a good write reports 0 bytes (as under WINE)
   int drain_ms_per_byte = 0;         // transmit queue empties at this pace (0: at once)
-  bool never_drains = false;         // written bytes never leave the transmit queue
   int open_error = 0;                // non-zero: opening fails with this error
-
   // What the channel did:
   std::string written;                // every byte the device took
   std::vector<uint32_t> write_sizes;  // length asked by each write
@@ -37,7 +35,6 @@ struct FakeSerialState {
   std::vector<uint32_t> purges;
   int transmit_waits = 0;
   bool closed = false;
-
   std::string incoming;    // arrived, not yet read
   int64_t tx_pending = 0;  // bytes of the last write not yet "on the wire" at tx_since
   int64_t tx_since = 0;
@@ -50,7 +47,6 @@ struct FakeSerialState {
     }
   }
   uint32_t OutQueue() const {
-    if (never_drains) return static_cast<uint32_t>(tx_pending);
     if (drain_ms_per_byte == 0) return 0;
     const int64_t sent = (NowMs() - tx_since) / drain_ms_per_byte;
     return static_cast<uint32_t>(std::max<int64_t>(0, tx_pending - sent));

@@ -114,7 +114,6 @@ TEST_F(FastComFake, OpenByNumberOrByNameProgramsTheDevice) {
   EXPECT_TRUE(dev().line.abort_on_error && dev().line.tx_continue_on_xoff);
   EXPECT_EQ(TimeoutsOf(dev().timeouts), std::vector<uint32_t>({1, 1, 10, 1, 200}));
   EXPECT_EQ(Log(), Lines{"Otwarcie portu 9600"});  // the baud rate, not the port
-  com_.SetLogging(false);
   for (const char* name : {"com10", "COM9"}) {
     com_.Close();
     ASSERT_TRUE(com_.OpenNamed(name));
@@ -222,7 +221,7 @@ TEST_F(FastComFake, WineWritesIn64ByteChunksAfterTheQueueDrains) {
   // Each chunk waits for the previous one in 20 ms polls: 64 ms -> 80 ms.
   EXPECT_EQ(WriteGaps(), std::vector<int64_t>({80, 80}));
   // A queue that stops draining: the first chunk goes, 300 ms pass, failure.
-  dev().never_drains = true;
+  dev().drain_ms_per_byte = 1 << 30;
   dev().tx_pending = 0;
   dev().write_sizes.clear();
   com.SetLogging(true);
