@@ -53,19 +53,7 @@ TEST(IbufferTest, LoadAndSaveFiles) {
   EXPECT_FALSE(in.SaveToFile(dir.file("no/such/folder/a.bin")));
 }
 
-TEST(IbufferTest, XorFoldNumberTextsAndConversion) {
-  EXPECT_EQ(iBuffer("AB").XorFold(0xFF), 0xFC);
-  EXPECT_EQ(iBuffer("AB").XorFold(0xFF, 1), 0xBE);
-  EXPECT_EQ(iBuffer::HexText(0x1234, 1), "34");
-  EXPECT_EQ(iBuffer::HexText(0xABC, 2), "0ABC");
-  EXPECT_EQ(iBuffer::HexText(0x1122334455667788ULL, 8), "1122334455667788");
-  const std::pair<const char*, int64_t> numbers[] = {
-      {"  -0042x", -42}, {"+12a", 12}, {"abc", 0}, {"", 0}};
-  for (const auto& [text, value] : numbers) EXPECT_EQ(iBuffer::ParseDecimal(text), value) << text;
-  EXPECT_EQ(iBuffer::ParseHex("4c"), 0x4C);
-  EXPECT_EQ(iBuffer::ParseHex("4\r"), 4);
-  EXPECT_EQ(iBuffer::ParseHex("zz"), 0);
-
+TEST(IbufferTest, MazoviaInPlaceKeepsZeroBytes) {
   iBuffer polish(std::string("\xB9\0\xEA\x80", 4));  // ą, zero, ę, euro
   polish.ToMazovia();
   EXPECT_EQ(Hex(polish.ToString()), "86 00 91 80");
