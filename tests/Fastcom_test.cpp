@@ -41,7 +41,10 @@ std::vector<uint32_t> TimeoutsOf(const SerialTimeouts& t) {
 class FastComFake : public ::testing::Test {
  protected:
   void SetUp() override { MessageLanguage = 1; }
-  void TearDown() override { MessageLanguage = 0; }
+  void TearDown() override {
+    com_.SetLogging(false);  // no closing line after the test took its log
+    MessageLanguage = 0;
+  }
   test::FakeSerialState& dev() { return *fake_.state; }
   int64_t Now() { return clock_.NowMs(); }
   Lines Log() { return TakeLog(com_.LogBaseName()); }
@@ -114,6 +117,7 @@ TEST_F(FastComFake, OpenByNumberOrByNameProgramsTheDevice) {
   EXPECT_TRUE(dev().line.abort_on_error && dev().line.tx_continue_on_xoff);
   EXPECT_EQ(TimeoutsOf(dev().timeouts), std::vector<uint32_t>({1, 1, 10, 1, 200}));
   EXPECT_EQ(Log(), Lines{"Otwarcie portu 9600"});  // the baud rate, not the port
+  com_.SetLogging(false);
   com_.Close();
   ASSERT_TRUE(com_.OpenNamed("com10"));
   EXPECT_EQ(dev().opened_names, Lines({"COM9", "COM9", "\\\\.\\com10"}));  // as given below 10
@@ -158,6 +162,7 @@ TEST_F(FastComFake, LogLinesCaptureAndHoldOpen) {
   EXPECT_EQ(Log(), Lines({"Zapis do pliku.", "Zapis do pliku."}));
 
   // Hold open: Close answers true and keeps the device.
+  com_.SetLogging(false);
   com_.capture_buffer = nullptr;
   com_.hold_open = true;
   ASSERT_TRUE(com_.Open("com7", 1));
@@ -225,6 +230,7 @@ TEST_F(FastComFake, WineWritesIn64ByteChunksAfterTheQueueDrains) {
   EXPECT_EQ(Now() - before, 300);
   EXPECT_EQ(dev().write_sizes, std::vector<uint32_t>{64});
   EXPECT_EQ(TakeLog(com.LogBaseName()), Lines{"This record isn't send completelly."});
+  com.SetLogging(false);
 }
 
 TEST_F(FastComFake, RetriesAndWritesFailingHalfWay) {
@@ -324,6 +330,7 @@ TEST_F(FastComFake, ReadsAndQueues) {
   EXPECT_EQ(counted.ToString(), "pre12345" + big);
   EXPECT_EQ(Log(), Lines({"Receive: pre123", "Receive: pre12345", "Receive: pre12345",
                           "Receive: pre12345" + big}));
+  com_.SetLogging(false);
   com_.Close();
   dev().incoming = "x";
   EXPECT_EQ(com_.InQueue(), 0u);
