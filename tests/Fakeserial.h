@@ -1,7 +1,5 @@
-// A scripted serial device for tests on the virtual clock. Bytes can be
-// scheduled to arrive at given times or in answer to writes; the transmit
-// queue drains at a set rate; writes can fail or report 0 bytes like WINE.
-// ScopedFakeSerial installs it as the process-wide opener for a scope.
+// A scripted serial device on the virtual clock: timed or answering arrivals, a
+// transmit queue that drains at a set pace, writes that fail or report 0 like WINE.
 #pragma once
 
 #include <algorithm>
@@ -19,17 +17,13 @@
 namespace tavena::test {
 
 struct FakeSerialState {
-  // Script.
   std::multimap<int64_t, std::string> arrivals;  // clock ms -> bytes that arrive then
   std::function<std::string(const std::string& written_now)> on_write;  // reply to a write
-  int64_t accept_limit = -1;           // total bytes accepted before writes fail (-1: no limit)
-  bool report_zero_written = false;    // a good write reports 0 bytes (as under WINE)
-  bool write_accepts_nothing = false;  // writes succeed but take no byte
-  int drain_ms_per_byte = 0;           // transmit queue empties at this pace (0: at once)
-  bool never_drains = false;           // written bytes never leave the transmit queue
-  int open_error = 0;                  // non-zero: opening fails with this error
-
-  // What the channel did.
+  int64_t accept_limit = -1;         // total bytes accepted before writes fail (-1: no limit)
+  bool report_zero_written = false;  // a good write reports 0 bytes (as under WINE)
+  int drain_ms_per_byte = 0;         // transmit queue empties at this pace (0: at once)
+  int open_error = 0;                // non-zero: opening fails with this error
+  // What the channel did:
   std::string written;                // every byte the device took
   std::vector<uint32_t> write_sizes;  // length asked by each write
   std::vector<int64_t> write_times;   // clock ms of each write
@@ -41,10 +35,8 @@ struct FakeSerialState {
   std::vector<uint32_t> purges;
   int transmit_waits = 0;
   bool closed = false;
-
-  // Device side.
   std::string incoming;    // arrived, not yet read
-  int64_t tx_pending = 0;  // bytes of the last write not yet "on the wire"
+  int64_t tx_pending = 0;  // bytes of the last write not yet "on the wire" at tx_since
   int64_t tx_since = 0;
 
   void Deliver() {
@@ -55,7 +47,6 @@ struct FakeSerialState {
     }
   }
   uint32_t OutQueue() const {
-    if (never_drains) return static_cast<uint32_t>(tx_pending);
     if (drain_ms_per_byte == 0) return 0;
     const int64_t sent = (NowMs() - tx_since) / drain_ms_per_byte;
     return static_cast<uint32_t>(std::max<int64_t>(0, tx_pending - sent));
@@ -100,10 +91,9 @@ class FakeSerial : public SerialDevice {
   bool Write(const uint8_t* bytes, uint32_t n, uint32_t& written) override {
     s_->write_sizes.push_back(n);
     s_->write_times.push_back(NowMs());
-    uint32_t take = s_->write_accepts_nothing ? 0 : n;
-    if (s_->accept_limit >= 0)
-      take = static_cast<uint32_t>(std::clamp<int64_t>(
-          s_->accept_limit - static_cast<int64_t>(s_->written.size()), 0, take));
+    const int64_t room = s_->accept_limit - static_cast<int64_t>(s_->written.size());
+    const uint32_t take =
+        s_->accept_limit < 0 ? n : static_cast<uint32_t>(std::clamp<int64_t>(room, 0, n));
     const std::string now(reinterpret_cast<const char*>(bytes), take);
     s_->written += now;
     s_->tx_pending = s_->OutQueue() + take;
@@ -122,8 +112,7 @@ class FakeSerial : public SerialDevice {
   std::shared_ptr<FakeSerialState> s_;
 };
 
-// Every open in the scope gets a FakeSerial on one shared state (or fails
-// with state->open_error); the host backend comes back at scope end.
+// Every open in the scope gets a FakeSerial on one shared state (or fails with open_error).
 class ScopedFakeSerial {
  public:
   ScopedFakeSerial() : state(std::make_shared<FakeSerialState>()) {
@@ -136,8 +125,6 @@ class ScopedFakeSerial {
     });
   }
   ~ScopedFakeSerial() { SetSerialOpener(nullptr); }
-  ScopedFakeSerial(const ScopedFakeSerial&) = delete;
-  ScopedFakeSerial& operator=(const ScopedFakeSerial&) = delete;
 
   std::shared_ptr<FakeSerialState> state;
 };
@@ -147,8 +134,6 @@ class ScopedWine {
  public:
   explicit ScopedWine(bool under_wine) { SetWineOverride(under_wine); }
   ~ScopedWine() { SetWineOverride(std::nullopt); }
-  ScopedWine(const ScopedWine&) = delete;
-  ScopedWine& operator=(const ScopedWine&) = delete;
 };
 
 }  // namespace tavena::test

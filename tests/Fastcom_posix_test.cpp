@@ -1,16 +1,13 @@
 // FastCom over a real pseudo-terminal pair, in real time: the channel opens
 // the terminal side, the test plays the printer on the master side.
-#include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <thread>
 
 #include "TestSupport.h"
 #include "sequence/Clock.h"
@@ -33,15 +30,8 @@ class FastComPty : public ::testing::Test {
     path_ = name;
   }
   void TearDown() override {
-    CloseMaster();
-    close(slave_);
-  }
-  void CloseMaster() {
     if (master_ >= 0) close(master_);
-    master_ = -1;
-  }
-  void Write(const std::string& bytes) {
-    ASSERT_EQ(write(master_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    close(slave_);
   }
   // What the channel sent, waiting until n bytes came or 2 s passed.
   std::string Read(size_t n) {
@@ -63,66 +53,12 @@ class FastComPty : public ::testing::Test {
 };
 
 TEST(FastComLinuxNames, ComNamesMapToTtySAndLogBases) {
-  const std::pair<const char*, const char*> paths[] = {{"com3", "/dev/ttyS2"},
-                                                       {"COM1", "/dev/ttyS0"},
-                                                       {"\\\\.\\COM12", "/dev/ttyS11"},
-                                                       {"/dev/ttyUSB0", "/dev/ttyUSB0"},
-                                                       {"com0", ""},
-                                                       {"com3x", ""},
-                                                       {"ttyUSB0", ""}};
+  const std::pair<const char*, const char*> paths[] = {
+      {"com3", "/dev/ttyS2"}, {"\\\\.\\COM12", "/dev/ttyS11"},
+      {"com0", ""},           {"/dev/ttyUSB0", "/dev/ttyUSB0"},
+      {"com3x", ""},          {"ttyUSB0", ""}};
   for (const auto& [name, path] : paths) EXPECT_EQ(HostDevicePath(name), path) << name;
   EXPECT_EQ(LogBaseNameOf("\\\\.\\com12"), "ttyS11");
-  EXPECT_EQ(LogBaseNameOf("/dev/ttyACM0"), "ttyACM0");
-  EXPECT_EQ(LogBaseNameOf("com0"), "com0");
-}
-
-TEST_F(FastComPty, OpenTheTerminalAndKeepTheReasonOfFailures) {
-  test::TempDir dir;
-  FastCom com;
-  EXPECT_FALSE(com.Open("/dev/no-such-tty", 1));
-  EXPECT_EQ(com.LastOpenError(), ENOENT);
-  const std::string file = dir.file("plain");
-  test::WriteFile(file, "x");
-  EXPECT_FALSE(com.Open(file.c_str(), 1));
-  EXPECT_EQ(com.LastOpenError(), ENOTTY);
-  EXPECT_FALSE(com.Open("x5", 1));  // com0: no such port
-  EXPECT_EQ(com.LastOpenError(), ENOENT);
-
-  // Opened as given; a port in use is refused, as on Windows.
-  FastCom first;
-  ASSERT_TRUE(Open(first));
-  EXPECT_EQ(first.port_name, path_);
-  EXPECT_EQ(first.LogBaseName(), path_.substr(path_.rfind('/') + 1));
-  EXPECT_FALSE(Open(com));
-  EXPECT_EQ(com.LastOpenError(), EBUSY);
-  EXPECT_TRUE(first.Close());
-  ASSERT_TRUE(Open(com));
-  EXPECT_TRUE(com.Send(iBuffer("again")));
-  EXPECT_EQ(Read(5), "again");
-}
-
-TEST_F(FastComPty, SendWholeAndByteByByte) {
-  FastCom com;
-  ASSERT_TRUE(Open(com));
-  const std::string frame("\x1bP0#s\r\x11\x13\n\x1b\\", 11);  // raw: nothing translated
-  ASSERT_TRUE(com.Send(iBuffer(frame)));
-  EXPECT_EQ(Read(frame.size()), frame);
-
-  com.byte_mode = true;
-  const std::string record(40, 'B');
-  int64_t start = SteadyMs();
-  ASSERT_TRUE(com.Send(iBuffer(record)));
-  EXPECT_GE(SteadyMs() - start, 80);  // at least 2 ms after every byte
-  EXPECT_EQ(Read(record.size()), record);
-
-  // With XON/XOFF observed, an XOFF holds the line ~30 ms at most.
-  com.honour_xon_xoff = true;
-  Write("\x13");
-  start = SteadyMs();
-  ASSERT_TRUE(com.Send(iBuffer("xyz")));
-  EXPECT_GE(SteadyMs() - start, 30);
-  EXPECT_LT(SteadyMs() - start, 500);
-  EXPECT_EQ(Read(3), "xyz");
 }
 
 TEST_F(FastComPty, ACommandWrittenJustBeforeCloseArrivesWhole) {
@@ -147,40 +83,35 @@ TEST_F(FastComPty, ACommandWrittenJustBeforeCloseArrivesWhole) {
   EXPECT_EQ(got, sent);
 }
 
-TEST_F(FastComPty, ReadsEndAndNothingHangsWhenTheOtherSideMisbehaves) {
+TEST_F(FastComPty, OpenFailuresRawBytesAndNothingHangs) {
+  test::TempDir dir;
   FastCom com;
+  EXPECT_FALSE(com.Open("/dev/no-such-tty", 1));
+  EXPECT_EQ(com.LastOpenError(), ENOENT);
+  test::WriteFile(dir.file("plain"), "x");
+  EXPECT_FALSE(com.Open(dir.file("plain").c_str(), 1));
+  EXPECT_EQ(com.LastOpenError(), ENOTTY);
+
+  // A port in use is refused, as on Windows.
+  FastCom first;
+  ASSERT_TRUE(Open(first));
+  EXPECT_EQ(first.LogBaseName(), path_.substr(path_.rfind('/') + 1));
+  EXPECT_FALSE(Open(com));
+  EXPECT_EQ(com.LastOpenError(), EBUSY);
+  EXPECT_TRUE(first.Close());
   ASSERT_TRUE(Open(com));
+  const std::string frame("\x1bP0#s\r\x11\x13\n\x1b\\", 11);  // nothing translated
+  ASSERT_TRUE(com.Send(iBuffer(frame)));
+  EXPECT_EQ(Read(frame.size()), frame);
+
+  // A reply without its terminator ends on silence.
   iBuffer reply;
-  Write("\x1bP1#X\x1b\\");
+  ASSERT_EQ(write(master_, "partial", 7), 7);
   int64_t start = SteadyMs();
-  ASSERT_TRUE(com.ReadUntil(reply, 1000, "\x1b\\"));
-  EXPECT_EQ(reply.ToString(), "\x1bP1#X\x1b\\");
-  EXPECT_LT(SteadyMs() - start, 500);  // ended by the terminator, not the time-out
-  Write("partial");
-  start = SteadyMs();
   ASSERT_TRUE(com.ReadUntil(reply, 100, "\x1b\\"));
   EXPECT_EQ(reply.ToString(), "partial");
   EXPECT_GE(SteadyMs() - start, 100);
   EXPECT_LT(SteadyMs() - start, 600);
-
-  // A flood without a terminator is cut (at 1 MiB, or 50 ms + 2 s at most).
-  fcntl(master_, F_SETFL, O_NONBLOCK);
-  std::atomic<bool> stop{false};
-  std::thread flood([&] {
-    const std::string chunk(4096, 'f');
-    while (!stop) {
-      if (write(master_, chunk.data(), chunk.size()) < 0) {
-        pollfd p{master_, POLLOUT, 0};
-        poll(&p, 1, 10);
-      }
-    }
-  });
-  start = SteadyMs();
-  EXPECT_TRUE(com.ReadUntil(reply, 50, "never"));
-  stop = true;
-  flood.join();
-  EXPECT_TRUE(com.ReadCut());
-  EXPECT_LT(SteadyMs() - start, 3000);
   com.Close();
 
   // Nobody reads: a write gives up at its time-out instead of blocking.
@@ -198,7 +129,8 @@ TEST_F(FastComPty, ReadsEndAndNothingHangsWhenTheOtherSideMisbehaves) {
 
   // The other side disappears: reads end, writes fail, close works.
   ASSERT_TRUE(Open(com));
-  CloseMaster();
+  close(master_);
+  master_ = -1;
   start = SteadyMs();
   EXPECT_TRUE(com.ReadUntil(reply, 50, "x"));
   EXPECT_FALSE(com.Send(iBuffer("gone")));
