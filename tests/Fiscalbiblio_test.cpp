@@ -20,15 +20,10 @@ TEST(FiscalbiblioTest, FramesWithAndWithoutSum) {
   ExpectBodies({
       {BuildFrame("#v", false), "\x1bP#v\x1b\\"},
       {BuildFrame("2;0;0;1#r", true), "\x1bP2;0;0;1#r96\x1b\\"},
-      {BuildFrame("\xB9", true),
-       "\x1bP\x86"
-       "79\x1b\\"},  // ą sent and summed as Mazovia 86
-      {BuildFrame("\xFF", true),
-       "\x1bP\xFF"
-       "00\x1b\\"},  // no letter row: as it is
-      {BuildFrame("", true),
-       "\x1bP"
-       "FF\x1b\\"},
+      // ą sent and summed as Mazovia 86; 0xFF has no letter row: sent as it is.
+      {BuildFrame("\xB9", true), "\x1bP\x86" + std::string("79\x1b\\")},
+      {BuildFrame("\xFF", true), "\x1bP\xFF" + std::string("00\x1b\\")},
+      {BuildFrame("", true), "\x1bPFF\x1b\\"},
   });
 }
 

@@ -1,6 +1,6 @@
-// End to end, in real time: the simulator programs on a real pseudo-terminal with a
-// raw client. Floods, closed lines, wrong speeds and the tool's send and log are checked
-// in process (Simprinter_test, Simport_test, Cli_test).
+// End to end, in real time: the simulator program on a real pseudo-terminal, with a raw
+// client and with the printer object. Floods, closed lines, wrong speeds and the tool's
+// send and log are checked in process (Simprinter_test, Simport_test, Cli_test).
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "TestSupport.h"
+#include "protocol/Drukarka.h"
 #include "transport/Fastcom.h"
 
 extern char** environ;
@@ -120,6 +121,24 @@ TEST_F(SimServerTest, ServesAndRecordsEveryByte) {
   SimProcess bad({"--record", dir_.file("no-such-folder/record.bin")});
   EXPECT_EQ(bad.Stop(), 1);
   EXPECT_NE(bad.ErrorText().find("tavena-sim: cannot open the record file "), std::string::npos);
+}
+
+// The printer object finds and programs the simulator over the terminal.
+TEST_F(SimServerTest, PrinterFindsAndProgramsIt) {
+  SimProcess sim(
+      {"--model", "QX-1", "--baud", "19200", "--fixed-clock", "2012-05-14 09:03", "--quiet"});
+  ASSERT_FALSE(sim.Path().empty());
+  Drukarka printer;
+  std::string port = sim.Path();
+  int32_t speed = 19200;
+  ASSERT_EQ(printer.FindPrinter(port, speed, 0, false), kFindPrinter);
+  EXPECT_EQ(printer.type_code, 4);
+  EXPECT_EQ(printer.subtype, 3);
+  ASSERT_TRUE(printer.Open());
+  ASSERT_TRUE(printer.SetVatRates({22, 8, 5, 0, kVatExempt, kVatInactive, kVatInactive}));
+  EXPECT_EQ(printer.QueryENQ(), 0x65);
+  EXPECT_EQ(printer.ReadStatus(23, 6), "22.00;8.00;5.00;0.00;zw;-1;-1;");
+  printer.Close();
 }
 
 }  // namespace
