@@ -1,6 +1,5 @@
-// What every window builds on: look-up by name within one window, the
-// printer lent by the main window, the modal date/time dialog, clickable
-// labels, accessible fields and a start-up that can be seen and left.
+// What every window builds on: look-up by name, the lent printer, the date
+// dialog, clickable labels, accessible fields and the visible start-up.
 #include <gtest/gtest.h>
 
 #include <QAccessible>
@@ -22,7 +21,7 @@ namespace {
 using test::U;
 using Groundwork = test::WindowTest;
 
-TEST_F(Groundwork, FieldsAreFoundOnTheirOwnWindowAndNamedByTheirLabels) {
+TEST_F(Groundwork, FieldsAreFoundOnTheirWindowNamedByLabelsAndLendThePrinter) {
   Create();
   const FormFields& fields = form->Fields();
   EXPECT_TRUE(fields.HasControl("ENIP"));
@@ -45,6 +44,22 @@ TEST_F(Groundwork, FieldsAreFoundOnTheirOwnWindowAndNamedByTheirLabels) {
     EXPECT_TRUE(accessible(name)->state().readOnly) << name;
   for (const char* name : {"ENIP", "Line1", "E_VatA"})
     EXPECT_FALSE(accessible(name)->state().readOnly) << name;
+
+  // A window borrows the main window's printer: open, one command, close,
+  // and the main window is busy meanwhile.
+  TBaseForm* sender = form->Windows().sender;
+  ASSERT_EQ(sender->Printer(), form.get());
+  {
+    PrinterSession session(*sender->Printer());
+    ASSERT_TRUE(session.IsOpen());
+    EXPECT_TRUE(form->PrinterBusy());
+    EXPECT_TRUE(session->SetClock(2026, 11, 23, 8, 30, 0));
+  }
+  EXPECT_FALSE(form->PrinterBusy());
+  EXPECT_FALSE(port.IsOpen());
+  EXPECT_EQ(link->calls.back(), "answer");
+  ASSERT_EQ(sim->Record().frames.size(), 1u);
+  EXPECT_EQ(sim->Record().frames[0].text, "26;11;23;8;30;0$c8D");
 }
 
 TEST_F(Groundwork, ClickOnALabelRunsItsHandler) {
@@ -118,26 +133,6 @@ TEST_F(Groundwork, StartUpShowsTheSearchAndClosingDuringItEndsAtOnce) {
   EXPECT_TRUE(abandoned);
   EXPECT_FALSE(finished);
   EXPECT_EQ(link->calls, std::vector<std::string>{"find com1 9600"});  // no fill
-  EXPECT_NE(test::ReadFile(dir.file("config.tav")).find("MainWidth="), std::string::npos);
-}
-
-// A window borrows the main window's printer: open, one command, close,
-// and the main window is busy meanwhile.
-TEST_F(Groundwork, WindowsTalkToThePrinterThroughTheMainWindow) {
-  Create();
-  TBaseForm* sender = form->Windows().sender;
-  ASSERT_EQ(sender->Printer(), form.get());
-  {
-    PrinterSession session(*sender->Printer());
-    ASSERT_TRUE(session.IsOpen());
-    EXPECT_TRUE(form->PrinterBusy());
-    EXPECT_TRUE(session->SetClock(2026, 11, 23, 8, 30, 0));
-  }
-  EXPECT_FALSE(form->PrinterBusy());
-  EXPECT_FALSE(port.IsOpen());
-  EXPECT_EQ(link->calls.back(), "answer");
-  ASSERT_EQ(sim->Record().frames.size(), 1u);
-  EXPECT_EQ(sim->Record().frames[0].text, "26;11;23;8;30;0$c8D");
 }
 
 }  // namespace
