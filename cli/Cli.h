@@ -54,5 +54,6 @@ std::string HexPairs(const std::string& bytes);
 using CommandList = std::vector<std::pair<CLI::App*, std::function<int()>>>;
 void AddOfflineCommands(CLI::App& app, CliContext& ctx, CommandList& commands);
 void AddPrinterCommands(CLI::App& app, CliContext& ctx, CommandList& commands);
+void AddFileCommands(CLI::App& app, CliContext& ctx, CommandList& commands);
 
 }  // namespace tavena

@@ -146,6 +146,7 @@ int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
   CommandList commands;
   AddOfflineCommands(app, ctx, commands);
   AddPrinterCommands(app, ctx, commands);
+  AddFileCommands(app, ctx, commands);
   LetOptionsFallThrough(app);
 
   const size_t sim = SimulatorPosition(args);

@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 
+#include "Cliprinter.h"
+
 #include "Cli.h"
 #include "Cliplatform.h"
 #include "Cliprogress.h"
@@ -80,17 +82,6 @@ int NotQuietReason(CliContext& ctx, const Drukarka& d, int code) {
                   MsgUtf8("Linia na porcie ", "The line on port ") + ctx.port +
                       MsgUtf8(" nie cichnie: bajty napływają bez przerwy.",
                               " does not quiet down: bytes keep arriving."));
-}
-
-// Opens the port, runs work on the open printer and closes the port again;
-// the result is work's exit code.
-int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work) {
-  Drukarka d;
-  int code;
-  if (!Connect(ctx, d, code)) return code;
-  code = work(d);
-  d.Close();
-  return NotQuietReason(ctx, d, code);
 }
 
 int NoAnswer(CliContext& ctx) {
@@ -289,21 +280,12 @@ int ShowVatRates(CliContext& ctx, Drukarka& d) {
 
 int RunVat(CliContext& ctx, const std::string& set) {
   VatRates rates{};
-  std::string message;
-  if (!set.empty() && !CheckVatRates(SplitCommas(Utf8ToCp1250(set)), rates, message))
-    return Fail(ctx, kExitUsage, message);
+  if (!set.empty() && !VatRatesAccepted(ctx, SplitCommas(Utf8ToCp1250(set)), rates))
+    return kExitUsage;
   const int code = WithPrinter(ctx, [&](Drukarka& d) {
-    if (set.empty()) return ShowVatRates(ctx, d);
-    d.ReadIdentity(1);  // the wire form of the rates depends on the subtype
-    if (d.LineNotQuiet()) return kExitPrinter;
-    d.SetVatRates(rates);
-    return Confirm(ctx, d);
+    return set.empty() ? ShowVatRates(ctx, d) : WriteVatRates(ctx, d, rates);
   });
-  if (code == kExitDone && !set.empty())
-    PrintLine(ctx, Msg("Potwierdź na drukarce. Jeśli drukarka nic nie robi,\nto stawki już zostały "
-                       "zaprogramowane wcześniej\nw identycznej wysokości. Wtedy naciśnij OK",
-                       "Confirm on the printer. If the printer does nothing,\nthe rates have "
-                       "already been programmed\nwith the same values. Then press OK"));
+  if (code == kExitDone && !set.empty()) SayConfirmVatRates(ctx);
   return code;
 }
 
@@ -336,21 +318,8 @@ int RunHeader(CliContext& ctx, const HeaderOptions& o) {
     return FailUtf8(ctx, kExitUsage,
                     MsgUtf8("Nagłówek ma najwyżej 8 linii.", "A header has at most 8 lines."));
   const HeaderText h = BuildHeader(o);
-  if (const int line = CheckHeader(h); line != 0)
-    return Fail(ctx, kExitUsage, HeaderErrorMessage(line));
-  if (HeaderByteCount(h) >= kHeaderByteLimit)
-    ctx.err << MsgUtf8("tavena: uwaga: licznik bajtów nagłówka ",
-                       "tavena: warning: header byte count ")
-            << HeaderByteCount(h)
-            << MsgUtf8(", nagłówek zostanie obcięty.\n", ", the header will be cut.\n");
-  std::vector<HeaderLine> lines;
-  for (int i = 0; i < kHeaderLines; ++i)
-    lines.push_back(HeaderLine{
-        h.lines[i], (h.large[i] ? kHeaderDoubleWidth : 0) | (h.centre[i] ? kHeaderCentre : 0)});
-  return WithPrinter(ctx, [&](Drukarka& d) {
-    d.SetHeader(lines);
-    return ConfirmAndSay(ctx, d);
-  });
+  if (!HeaderAccepted(ctx, h)) return kExitUsage;
+  return WithPrinter(ctx, [&](Drukarka& d) { return WriteHeader(ctx, d, h); });
 }
 
 // ---- report ----
@@ -556,6 +525,56 @@ void AddProgramming(CLI::App& app, CliContext& ctx, CommandList& commands) {
 }
 
 }  // namespace
+
+int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work) {
+  Drukarka d;
+  int code;
+  if (!Connect(ctx, d, code)) return code;
+  code = work(d);
+  d.Close();
+  return NotQuietReason(ctx, d, code);
+}
+
+bool HeaderAccepted(CliContext& ctx, const HeaderText& h) {
+  if (const int line = CheckHeader(h); line != 0)
+    return Fail(ctx, kExitUsage, HeaderErrorMessage(line)), false;
+  if (HeaderByteCount(h) >= kHeaderByteLimit)
+    ctx.err << MsgUtf8("tavena: uwaga: licznik bajtów nagłówka ",
+                       "tavena: warning: header byte count ")
+            << HeaderByteCount(h)
+            << MsgUtf8(", nagłówek zostanie obcięty.\n", ", the header will be cut.\n");
+  return true;
+}
+
+bool VatRatesAccepted(CliContext& ctx, const std::vector<std::string>& texts, VatRates& rates) {
+  std::string message;
+  if (CheckVatRates(texts, rates, message)) return true;
+  Fail(ctx, kExitUsage, message);
+  return false;
+}
+
+int WriteHeader(CliContext& ctx, Drukarka& d, const HeaderText& h) {
+  std::vector<HeaderLine> lines;
+  for (int i = 0; i < kHeaderLines; ++i)
+    lines.push_back(HeaderLine{
+        h.lines[i], (h.large[i] ? kHeaderDoubleWidth : 0) | (h.centre[i] ? kHeaderCentre : 0)});
+  d.SetHeader(lines);
+  return ConfirmAndSay(ctx, d);
+}
+
+int WriteVatRates(CliContext& ctx, Drukarka& d, const VatRates& rates) {
+  d.ReadIdentity(1);  // the wire form of the rates depends on the subtype
+  if (d.LineNotQuiet()) return kExitPrinter;
+  d.SetVatRates(rates);
+  return Confirm(ctx, d);
+}
+
+void SayConfirmVatRates(CliContext& ctx) {
+  PrintLine(ctx, Msg("Potwierdź na drukarce. Jeśli drukarka nic nie robi,\nto stawki już zostały "
+                     "zaprogramowane wcześniej\nw identycznej wysokości. Wtedy naciśnij OK",
+                     "Confirm on the printer. If the printer does nothing,\nthe rates have "
+                     "already been programmed\nwith the same values. Then press OK"));
+}
 
 void AddPrinterCommands(CLI::App& app, CliContext& ctx, CommandList& commands) {
   AddQueries(app, ctx, commands);

@@ -250,5 +250,36 @@ TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
   EXPECT_EQ(r.err, "tavena: Drukarka nie przyjęła rozkazu (ENQ 0x69).\n");
 }
 
+TEST_F(CliPrinterTest, FileCommandsDecompileShowAndProgram) {
+  // Mazovia 0x86 is "ą" (0xB9); bytes outside frames and an unended frame give nothing.
+  test::WriteFile(dir_.file("a.bin"),
+                  "\x1BP0#e89\x1B\\xx\x1BPab\x86\x01"
+                  "12\x1B\\\x1BPend");
+  CliRun r = Tavena({"decompile", dir_.file("a.bin")});
+  EXPECT_EQ(r.out, "0#e\nab[xB9][x01]\n");
+  EXPECT_EQ(Tavena({"decompile", dir_.file("a.bin"), "-o", dir_.file("a.sek")}).out, "");
+  EXPECT_EQ(test::ReadFile(dir_.file("a.sek")), "0#e\r\nab[xB9][x01]\r\n");
+  ExpectRefused(Tavena({"decompile", dir_.file("none.bin")}),
+                "Nie można odczytać pliku: " + dir_.file("none.bin"));
+
+  test::WriteFile(dir_.file("a.pod"),
+                  "Linia1=Sklep\r\nLinia2=ul. D\xB3uga\r\nNIP=123-45-67-890\r\nLineBold1=1\r\n"
+                  "LineCenter2=1\r\nPTUA=22\r\nPTUB=7\r\nPTUC=3\r\nPTUD=0\r\nPTUE=nakt\r\n"
+                  "PTUF=zw\r\nPTUG=nakt\r\n");
+  r = Tavena({"entity", "show", dir_.file("a.pod")});
+  EXPECT_EQ(r.out,
+            "1: Sklep  [pogrubiona]\n2: ul. Długa  [środek]\n3: \n4: \n5: \n6: \n7: \n8: \n"
+            "NIP: 123-45-67-890\nA: 22\nB: 7\nC: 3\nD: 0\nE: nakt\nF: zw\nG: nakt\n");
+
+  r = At({"program", dir_.file("a.pod")});
+  EXPECT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out.rfind("Drukarka przyjęła rozkaz.\nPotwierdź na drukarce.", 0), 0u) << r.out;
+  EXPECT_EQ(sim_->State().header.at(0), "\x0ESklep\x14");
+  EXPECT_EQ(sim_->State().rates[0], 22);
+  EXPECT_EQ(sim_->State().rates[5], kSimRateExempt);
+  test::WriteFile(dir_.file("b.pod"), "PTUA=22\r\n");  // empty header line 1
+  EXPECT_EQ(At({"program", dir_.file("b.pod")}).code, 2);
+}
+
 }  // namespace
 }  // namespace tavena
