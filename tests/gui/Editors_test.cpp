@@ -67,7 +67,7 @@ class Editors : public test::WindowTest {
   TEdytorSeqForm* sequences = nullptr;
 };
 
-TEST_F(Editors, FrameFilesAreWrittenAndReadByteForByte) {
+TEST_F(Editors, FrameFilesByteForByteAndSendingUntilALineFails) {
   Text(frames)->setPlainText(FromUtf8("[x1B]A\n\nzą"));
   dialogs.chosen_file = Path("ramki");
   frames->Zapiszbokubinarny1Click();
@@ -92,6 +92,18 @@ TEST_F(Editors, FrameFilesAreWrittenAndReadByteForByte) {
   EXPECT_EQ(Text(frames)->toPlainText(), "[x1B]A\n\nz[xB9]\n1;0$e[xEA]\n#v");
   EXPECT_EQ(Label(frames, "Label2"), Path("ramki.bin"));
   EXPECT_EQ(Settings().edit_file, "ramki.bin");
+
+  // Sending: the lines as they stand until one fails.
+  const std::string bad_sum = "\x1bP26;11;23;8;30;0$c00\x1b\\";
+  Text(frames)->setPlainText(
+      FromUtf8("ąę\n\n[x1B]P26;11;23;8;30;0$c8D[x1B]\\\n"
+               "[x1B]P26;11;23;8;30;0$c00[x1B]\\\nabc"));
+  frames->TransmitujClick();
+  // Windows-1250 codes, no frame added; the refused frame is the last sent.
+  EXPECT_EQ(Received(), "\xb9\xea\x05" + kClockFrame + "\x05" + bad_sum + "\x05");
+  ASSERT_EQ(dialogs.messages.size(), 1u);
+  ExpectMessage(0, "Nie udało sie wysłać sekwencji.", "Edycja sekwencji binarnych do drukarki.");
+  EXPECT_FALSE(form->PrinterBusy());
 }
 
 TEST_F(Editors, FrameEditorTextFilesAndTheRememberedFile) {
@@ -127,19 +139,6 @@ TEST_F(Editors, FrameEditorTextFilesAndTheRememberedFile) {
   EXPECT_EQ(Label(frames, "Label2"), "");
   ASSERT_EQ(dialogs.messages.size(), 1u);
   ExpectMessage(0, "Nierozpoznany typ pliku.", "Edycja sekwencji binarnych do drukarki.");
-}
-
-TEST_F(Editors, FrameEditorSendsLinesAsTheyStandUntilOneFails) {
-  const std::string bad_sum = "\x1bP26;11;23;8;30;0$c00\x1b\\";
-  Text(frames)->setPlainText(
-      FromUtf8("ąę\n\n[x1B]P26;11;23;8;30;0$c8D[x1B]\\\n"
-               "[x1B]P26;11;23;8;30;0$c00[x1B]\\\nabc"));
-  frames->TransmitujClick();
-  // Windows-1250 codes, no frame added; the refused frame is the last sent.
-  EXPECT_EQ(Received(), "\xb9\xea\x05" + kClockFrame + "\x05" + bad_sum + "\x05");
-  ASSERT_EQ(dialogs.messages.size(), 1u);
-  ExpectMessage(0, "Nie udało sie wysłać sekwencji.", "Edycja sekwencji binarnych do drukarki.");
-  EXPECT_FALSE(form->PrinterBusy());
 }
 
 TEST_F(Editors, SequenceEditorCompilesSavesAndTransmits) {
@@ -217,11 +216,10 @@ TEST_F(Editors, SequenceEditorTextFilesAndTheClickablePath) {
   ExpectMessage(2, "Nierozpoznany typ pliku.", "Edycja sekwencji do drukarki.");
 }
 
-TEST_F(Editors, CompileListShowsMessagesAndLeadsToTheirLine) {
+TEST_F(Editors, CompileListLeadsToTheLineAndNotationIsColouredAsCompiled) {
   TCompileListForm* list = form->Windows().compile_list;
   sequences->SprawdzenieClick();
   EXPECT_TRUE(list->isVisible());
-  EXPECT_EQ(list->windowTitle(), "Wynik kompilacji");
   EXPECT_EQ(list->Lines(),
             QStringList({"0: Input file is empty.", FromUtf8("0: Wykryto: 1 błędów.")}));
 
@@ -247,10 +245,8 @@ TEST_F(Editors, CompileListShowsMessagesAndLeadsToTheirLine) {
   EXPECT_TRUE(list->Lines().join('\n').contains("seq ="));
   sequences->close();
   EXPECT_FALSE(list->isVisible());
-}
 
-// Text of one kind gets one format, whatever line it stands on.
-TEST_F(Editors, NotationIsColouredAsTheCompilerReadsIt) {
+  // Text of one kind gets one format, whatever line it stands on.
   QPlainTextEdit* text = Text(sequences);
   text->setPlainText("Opis seq = AB\\<ESC>'x y'\\q\\;uwaga\n\\<end> reszta\\<c>seq = \\<e>");
   const auto format = [&](int line, int at) {
