@@ -218,13 +218,16 @@ TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
   test::WriteFile(dir_.file("clock.bin"), first + second);
   EXPECT_EQ(At({"send", dir_.file("clock.bin"), "--block", "16"}).out, "Wysłano bajtów: 42\n");
   EXPECT_EQ(sim_->Record().received, first + "\x05" + second + "\x05");
-  // --log: the exchange is in <log dir>/<port's base name>_log.txt.
+  // --log: the exchange is in <log dir>/<port's base name>_log.txt (on
+  // Windows the log folder is d: or c:, checked by the channel's tests).
   test::ScopedEnv log_dir("TAVENA_LOG_DIR", dir_.str());
   CliRun r = At({"clock", "--set", "2025-06-07 08:09:10", "--log"});
   EXPECT_EQ(r.out, "2025-06-07 08:09\n");
+#ifndef _WIN32
   EXPECT_NE(test::ReadFile(dir_.file(LogBaseNameOf("com5") + "_log.txt"))
                 .find("> Zapytanie: \x1BP25;6;7;8;9;10$c"),
             std::string::npos);
+#endif
   At({"clock", "--set", "2012-05-14 09:03"});
 
   r = At({"header", "--line", "Sklep", "--line", "Łódź", "--center", "1", "--bold", "2"});
