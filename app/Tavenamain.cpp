@@ -153,23 +153,21 @@ void TTavenaForm::ConnectHandlers() {
   connect(ui->ComboCom, &QComboBox::activated, this, &TTavenaForm::ComboComChange);
   connect(ui->Baud, &QComboBox::activated, this, &TTavenaForm::BaudChange);
   connect(ui->TworzenieLogow, &QCheckBox::toggled, this, &TTavenaForm::TworzenieLogowClick);
-  const std::pair<QAction*, void (TTavenaForm::*)()> actions[] = {
-      {ui->Ustawienia1, &TTavenaForm::Ustawienia1Click},
-      {ui->Ustawienia2, &TTavenaForm::Ustawienia2Click},
-      {ui->Ustawienia3, &TTavenaForm::Ustawienia3Click},
-      {ui->Color1, &TTavenaForm::Color1Click},
-      {ui->Color2, &TTavenaForm::Color2Click},
-      {ui->Color3, &TTavenaForm::Color3Click},
-      {ui->Koniec1, &TTavenaForm::Koniec1Click},
-      {ui->Oprogramie1, &TTavenaForm::Oprogramie1Click},
-      {ui->Podmioty1, &TTavenaForm::Podmioty1Click},
-      {ui->Edytor1, &TTavenaForm::Edytor1Click},
-      {ui->Edytorsekwencji1, &TTavenaForm::Edytorsekwencji1Click},
-      {ui->Wysyanieplikw1, &TTavenaForm::Wysyanieplikw1Click},
-      {ui->MonitorLogi1, &TTavenaForm::MonitorLogi1Click},
-      {ui->SerialPorts1, &TTavenaForm::SerialPorts1Click},
-      {ui->Opisbdw1, &TTavenaForm::Opisbdw1Click}};
-  for (const auto& [action, handler] : actions) connect(action, &QAction::triggered, this, handler);
+  ConnectActions<TTavenaForm>(this, {{ui->Ustawienia1, &TTavenaForm::Ustawienia1Click},
+                                     {ui->Ustawienia2, &TTavenaForm::Ustawienia2Click},
+                                     {ui->Ustawienia3, &TTavenaForm::Ustawienia3Click},
+                                     {ui->Color1, &TTavenaForm::Color1Click},
+                                     {ui->Color2, &TTavenaForm::Color2Click},
+                                     {ui->Color3, &TTavenaForm::Color3Click},
+                                     {ui->Koniec1, &TTavenaForm::Koniec1Click},
+                                     {ui->Oprogramie1, &TTavenaForm::Oprogramie1Click},
+                                     {ui->Podmioty1, &TTavenaForm::Podmioty1Click},
+                                     {ui->Edytor1, &TTavenaForm::Edytor1Click},
+                                     {ui->Edytorsekwencji1, &TTavenaForm::Edytorsekwencji1Click},
+                                     {ui->Wysyanieplikw1, &TTavenaForm::Wysyanieplikw1Click},
+                                     {ui->MonitorLogi1, &TTavenaForm::MonitorLogi1Click},
+                                     {ui->SerialPorts1, &TTavenaForm::SerialPorts1Click},
+                                     {ui->Opisbdw1, &TTavenaForm::Opisbdw1Click}});
   ConnectPortWatch();
   ConnectEntityHandlers();
 }

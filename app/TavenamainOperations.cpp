@@ -44,17 +44,15 @@ void TTavenaForm::ConnectOperations() {
   Timer1->setObjectName(QStringLiteral("Timer1"));
   connect(Timer1, &QTimer::timeout, this, &TTavenaForm::Timer1Timer);
   Timer1->start(kHeaderCountMs);
-  const std::pair<QAction*, void (TTavenaForm::*)()> actions[] = {
-      {ui->ENQ1, &TTavenaForm::ENQ1Click},
-      {ui->DLE1, &TTavenaForm::DLE1Click},
-      {ui->BEL1, &TTavenaForm::BEL1Click},
-      {ui->PenyStatus1, &TTavenaForm::PenyStatus1Click},
-      {ui->Programuj1, &TTavenaForm::Programuj1Click},
-      {ui->Odczytaj1, &TTavenaForm::Odczytaj1Click},
-      {ui->DObowy1, &TTavenaForm::DObowy1Click},
-      {ui->Okresowy1, &TTavenaForm::Okresowy1Click},
-      {ui->Paragonza1gr1, &TTavenaForm::Paragonza1gr1Click}};
-  for (const auto& [action, handler] : actions) connect(action, &QAction::triggered, this, handler);
+  ConnectActions<TTavenaForm>(this, {{ui->ENQ1, &TTavenaForm::ENQ1Click},
+                                     {ui->DLE1, &TTavenaForm::DLE1Click},
+                                     {ui->BEL1, &TTavenaForm::BEL1Click},
+                                     {ui->PenyStatus1, &TTavenaForm::PenyStatus1Click},
+                                     {ui->Programuj1, &TTavenaForm::Programuj1Click},
+                                     {ui->Odczytaj1, &TTavenaForm::Odczytaj1Click},
+                                     {ui->DObowy1, &TTavenaForm::DObowy1Click},
+                                     {ui->Okresowy1, &TTavenaForm::Okresowy1Click},
+                                     {ui->Paragonza1gr1, &TTavenaForm::Paragonza1gr1Click}});
   const std::pair<QPushButton*, void (TTavenaForm::*)()> buttons[] = {
       {ui->WDate, &TTavenaForm::WDateClick},
       {ui->WVAT, &TTavenaForm::WVATClick},

@@ -4,8 +4,11 @@
 // control look-up by name within the window itself.
 #pragma once
 
+#include <QAction>
 #include <QMainWindow>
 #include <functional>
+#include <initializer_list>
+#include <utility>
 
 #include "app/Settings.h"
 
@@ -66,6 +69,14 @@ QWidget* FindControl(const QWidget* form, const QString& name);
 template <typename T>
 T* FindControl(const QWidget* form, const QString& name) {
   return qobject_cast<T*>(FindControl(form, name));
+}
+
+// Connects each menu action's triggered signal to its handler on form.
+template <typename Form>
+void ConnectActions(Form* form,
+                    std::initializer_list<std::pair<QAction*, void (Form::*)()>> actions) {
+  for (const auto& [action, handler] : actions)
+    QObject::connect(action, &QAction::triggered, form, handler);
 }
 
 // Runs handler when the label is clicked with the left button.

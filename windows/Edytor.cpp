@@ -46,17 +46,16 @@ TEdytorForm::TEdytorForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TEdyto
   ui->setupUi(this);
   KeepPlaceIn(&Settings().edit);
   send_ = new PrinterSend(*this);
-  const std::pair<QAction*, void (TEdytorForm::*)()> actions[] = {
-      {ui->Odczytsekwencji1, &TEdytorForm::Odczytsekwencji1Click},
-      {ui->Dopiszsekwencj1, &TEdytorForm::Dopiszsekwencj1Click},
-      {ui->Zapiszsekwencj1, &TEdytorForm::Zapiszsekwencj1Click},
-      {ui->Odczytbinarny1, &TEdytorForm::Odczytbinarny1Click},
-      {ui->Dopiszplikbinarny1, &TEdytorForm::Dopiszplikbinarny1Click},
-      {ui->Zapiszbokubinarny1, &TEdytorForm::Zapiszbokubinarny1Click},
-      {ui->ZamknijEdytor1, &TEdytorForm::ZamknijEdytor1Click},
-      {ui->Kasujokno1, &TEdytorForm::Kasujokno1Click},
-      {ui->Transmituj, &TEdytorForm::TransmitujClick}};
-  for (const auto& [action, handler] : actions) connect(action, &QAction::triggered, this, handler);
+  ConnectActions<TEdytorForm>(this,
+                              {{ui->Odczytsekwencji1, &TEdytorForm::Odczytsekwencji1Click},
+                               {ui->Dopiszsekwencj1, &TEdytorForm::Dopiszsekwencj1Click},
+                               {ui->Zapiszsekwencj1, &TEdytorForm::Zapiszsekwencj1Click},
+                               {ui->Odczytbinarny1, &TEdytorForm::Odczytbinarny1Click},
+                               {ui->Dopiszplikbinarny1, &TEdytorForm::Dopiszplikbinarny1Click},
+                               {ui->Zapiszbokubinarny1, &TEdytorForm::Zapiszbokubinarny1Click},
+                               {ui->ZamknijEdytor1, &TEdytorForm::ZamknijEdytor1Click},
+                               {ui->Kasujokno1, &TEdytorForm::Kasujokno1Click},
+                               {ui->Transmituj, &TEdytorForm::TransmitujClick}});
 }
 
 TEdytorForm::~TEdytorForm() = default;

@@ -28,16 +28,15 @@ TEdytorSeqForm::TEdytorSeqForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::
   KeepPlaceIn(&Settings().edit_seq);
   send_ = new PrinterSend(*this);
   new SequenceHighlighter(ui->EEkran->document());
-  const std::pair<QAction*, void (TEdytorSeqForm::*)()> actions[] = {
-      {ui->Odczytsekwencji1, &TEdytorSeqForm::Odczytsekwencji1Click},
-      {ui->Zapiszsekwencj1, &TEdytorSeqForm::Zapiszsekwencj1Click},
-      {ui->Zapiszbokubinarny1, &TEdytorSeqForm::Zapiszbokubinarny1Click},
-      {ui->ZamknijEdytor1, &TEdytorSeqForm::ZamknijEdytor1Click},
-      {ui->Kasujokno1, &TEdytorSeqForm::Kasujokno1Click},
-      {ui->Transmituj, &TEdytorSeqForm::TransmitujClick},
-      {ui->Sprawdzenie, &TEdytorSeqForm::SprawdzenieClick},
-      {ui->Opis1, &TEdytorSeqForm::Opis1Click}};
-  for (const auto& [action, handler] : actions) connect(action, &QAction::triggered, this, handler);
+  ConnectActions<TEdytorSeqForm>(
+      this, {{ui->Odczytsekwencji1, &TEdytorSeqForm::Odczytsekwencji1Click},
+             {ui->Zapiszsekwencj1, &TEdytorSeqForm::Zapiszsekwencj1Click},
+             {ui->Zapiszbokubinarny1, &TEdytorSeqForm::Zapiszbokubinarny1Click},
+             {ui->ZamknijEdytor1, &TEdytorSeqForm::ZamknijEdytor1Click},
+             {ui->Kasujokno1, &TEdytorSeqForm::Kasujokno1Click},
+             {ui->Transmituj, &TEdytorSeqForm::TransmitujClick},
+             {ui->Sprawdzenie, &TEdytorSeqForm::SprawdzenieClick},
+             {ui->Opis1, &TEdytorSeqForm::Opis1Click}});
   OnLabelClick(ui->Label1, [this] { Label1Click(); });
 }
 
