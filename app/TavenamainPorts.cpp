@@ -74,9 +74,11 @@ void TTavenaForm::AbandonIfChosenPortGone() {
 }
 
 // After an exchange or a search: waits run normally again, a change seen
-// meanwhile rebuilds the list, and a port pulled out meanwhile is named.
+// meanwhile rebuilds the list, and a port pulled out meanwhile (seen by the
+// watcher or by the channel itself) is named.
 void TTavenaForm::PortsAfterBusy() {
   if (PrinterBusy() || closing_) return;
+  if (vanished_port_.empty() && Printer().com.DeviceGone()) vanished_port_ = Printer().port_name;
   const std::string vanished = std::exchange(vanished_port_, std::string());
   if (!vanished.empty() && resume_waits_) resume_waits_();
   if (ports_pending_) RebuildPortList();

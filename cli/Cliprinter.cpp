@@ -75,9 +75,16 @@ bool Connect(CliContext& ctx, Drukarka& d, int& code) {
   return false;
 }
 
-// A failure on a line that never fell silent says so.
-int NotQuietReason(CliContext& ctx, const Drukarka& d, int code) {
-  if (code == kExitDone || !d.LineNotQuiet()) return code;
+// A failure on a port that vanished, or on a line that never fell silent,
+// says so.
+int FailureReason(CliContext& ctx, const Drukarka& d, int code) {
+  if (code == kExitDone) return code;
+  if (d.com.DeviceGone())
+    return FailUtf8(ctx, kExitPrinter,
+                    MsgUtf8("Port ", "Port ") + ctx.port +
+                        MsgUtf8(" zniknął. Czy drukarka została odłączona?",
+                                " has disappeared. Has the printer been disconnected?"));
+  if (!d.LineNotQuiet()) return code;
   return FailUtf8(ctx, kExitPrinter,
                   MsgUtf8("Linia na porcie ", "The line on port ") + ctx.port +
                       MsgUtf8(" nie cichnie: bajty napływają bez przerwy.",
@@ -139,7 +146,8 @@ int RunInfo(CliContext& ctx) {
     ctx.out << name << ": " << Cp1250ToUtf8(it == form.values.end() ? "" : it->second) << '\n';
   }
   if (!InfoFailed(form)) return kExitDone;
-  return d.LineNotQuiet() ? NotQuietReason(ctx, d, kExitPrinter) : NoAnswer(ctx);
+  const bool known = d.LineNotQuiet() || d.com.DeviceGone();
+  return known ? FailureReason(ctx, d, kExitPrinter) : NoAnswer(ctx);
 }
 
 // ---- find ----
@@ -532,7 +540,7 @@ int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work) {
   if (!Connect(ctx, d, code)) return code;
   code = work(d);
   d.Close();
-  return NotQuietReason(ctx, d, code);
+  return FailureReason(ctx, d, code);
 }
 
 bool HeaderAccepted(CliContext& ctx, const HeaderText& h) {

@@ -167,7 +167,7 @@ std::string Drukarka::ReadWaiting() {
 // ---- Control bytes ----
 
 int Drukarka::PollForByte(int polls, int poll_ms) {
-  for (int i = 0; i < polls; ++i) {
+  for (int i = 0; i < polls && !com.DeviceGone(); ++i) {
     SleepMs(poll_ms);
     const std::string got = ReadWaiting();
     if (!got.empty()) return static_cast<uint8_t>(got.back());
@@ -216,7 +216,7 @@ bool Drukarka::AwaitBlockConfirmation() {
       LogQuestion(enq);
       SendBytes(enq);
     }
-    if (allowance <= 0) {
+    if (allowance <= 0 || com.DeviceGone()) {
       LogNoAnswer();
       return false;
     }

@@ -82,7 +82,7 @@ bool HasTypedProbe(int type) {
 
 std::string Drukarka::Collect(int total_ms, int poll_ms) {
   std::string got;
-  for (int waited = 0; waited < total_ms; waited += poll_ms) {
+  for (int waited = 0; waited < total_ms && !com.DeviceGone(); waited += poll_ms) {
     SleepMs(poll_ms);
     got += ReadWaiting();
   }
@@ -108,7 +108,7 @@ std::string Drukarka::CollectAnswer(int total_ms) {
   int64_t deadline = start + total_ms;
   std::string got;
   bool cut = false;
-  while (NowMs() < deadline) {
+  while (NowMs() < deadline && !com.DeviceGone()) {
     PumpMessages();
     SleepMs(cut ? 50 : 100);
     got += ReadWaiting();
@@ -125,7 +125,7 @@ std::string Drukarka::CollectAnswer(int total_ms) {
 std::string Drukarka::CollectUntilSub(int total_ms, bool once) {
   const int64_t deadline = NowMs() + total_ms;
   std::string got;
-  while (NowMs() < deadline) {
+  while (NowMs() < deadline && !com.DeviceGone()) {
     PumpMessages();
     SleepMs(got.size() < 2 ? 500 : 300);
     const std::string fresh = ReadWaiting();

@@ -64,6 +64,10 @@ SimPrinter* SimSerialDevice::Printer() const {
   return entry_->printer;
 }
 
+bool SimSerialDevice::Gone() const {
+  return !closed_ && Printer() == nullptr;
+}
+
 bool SimSerialDevice::Purge(uint32_t flags) {
   SimPrinter* p = Printer();
   if (p == nullptr) return false;

@@ -25,6 +25,8 @@ class SimSerialDevice : public SerialDevice {
   bool Write(const uint8_t* bytes, uint32_t n, uint32_t& written) override;
   bool WaitTransmitEmpty() override;
   void Close() override;
+  // The printer's line closed while the port was open, or its SimPort ended.
+  bool Gone() const override;
 
  private:
   SimPrinter* Printer() const;

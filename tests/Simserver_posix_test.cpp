@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "TestSupport.h"
 #include "protocol/Drukarka.h"
 #include "transport/Fastcom.h"
@@ -139,6 +141,38 @@ TEST_F(SimServerTest, PrinterFindsAndProgramsIt) {
   EXPECT_EQ(printer.QueryENQ(), 0x65);
   EXPECT_EQ(printer.ReadStatus(23, 6), "22.00;8.00;5.00;0.00;zw;-1;-1;");
   printer.Close();
+}
+
+// The simulator's line closes after the first frame, before its late answer:
+// the read on the hung-up terminal ends at once, and the tool names the port
+// after its own failure.
+TEST_F(SimServerTest, LineClosedMidExchangeEndsWithinASecond) {
+  using Clock = std::chrono::steady_clock;
+  SimProcess sim({"--close-after", "1", "--delay", "300", "--quiet"});
+  Drukarka printer;
+  printer.SetPort(sim.Path(), 9600);
+  ASSERT_TRUE(printer.Open());
+  const Clock::time_point start = Clock::now();
+  ASSERT_TRUE(printer.SendFramed("#v"));
+  EXPECT_FALSE(printer.ReadAnswer(2000));
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(1));
+  EXPECT_TRUE(printer.com.DeviceGone());
+  printer.Close();
+
+  const std::string link = dir_.file("printer");
+  SimProcess tool_sim({"--close-after", "1", "--delay", "300", "--quiet", "--link", link});
+  const Clock::time_point tool_start = Clock::now();
+  FILE* tool = popen((kTool + " --port " + link + " vat 2>&1").c_str(), "r");
+  ASSERT_NE(tool, nullptr);
+  std::string output;
+  char buffer[512];
+  for (size_t n; (n = fread(buffer, 1, sizeof buffer, tool)) > 0;) output.append(buffer, n);
+  const int status = pclose(tool);
+  EXPECT_LT(Clock::now() - tool_start, std::chrono::seconds(1));
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_TRUE(
+      output.ends_with("\ntavena: Port " + link + " zniknął. Czy drukarka została odłączona?\n"))
+      << output;
 }
 
 }  // namespace

@@ -114,6 +114,7 @@ bool FastCom::OpenDevice(const LineSettings& line, const SerialTimeouts& timeout
                          bool full_setup) {
   try {
     last_open_error_ = 0;
+    device_gone_ = false;
     device_ = OpenSerialDevice(port_name, last_open_error_);
     if (!device_) return false;
     is_open_ = true;
@@ -148,11 +149,13 @@ bool FastCom::Close() {
     LogMsg("Próba zamknięcia zamkniętego portu.", "Close closed serial port.");
     return false;
   }
-  RefreshQueues();
-  device_->Purge(kPurgeAll);
-  device_->Escape(kEscapeOnOpen);
-  RefreshQueues();
-  SleepMs(100);
+  if (!device_gone_) {
+    RefreshQueues();
+    device_->Purge(kPurgeAll);
+    device_->Escape(kEscapeOnOpen);
+    RefreshQueues();
+    SleepMs(100);
+  }
   device_->Close();
   device_.reset();
   is_open_ = false;
@@ -250,8 +253,9 @@ bool FastCom::SendRetry(const iBuffer& record) {
 
 bool FastCom::WriteRaw(const uint8_t* bytes, uint32_t n, uint32_t& written) {
   written = 0;
-  if (under_wine_) return WriteChunked(bytes, n, written);
-  return WriteWhole(bytes, n, written);
+  const bool ok = under_wine_ ? WriteChunked(bytes, n, written) : WriteWhole(bytes, n, written);
+  NoteGone();
+  return ok;
 }
 
 bool FastCom::WriteWhole(const uint8_t* bytes, uint32_t n, uint32_t& written) {
@@ -288,6 +292,7 @@ bool FastCom::ReadAvailable(uint8_t* dest, uint32_t max, uint32_t& got) {
   if (!is_open_ || InQueue() == 0 || !HasDevice()) return false;
   const bool ok = device_->Read(dest, std::min(in_queue_, max), got);
   bytes_read_ = got;
+  NoteGone();
   return ok;
 }
 
@@ -323,6 +328,7 @@ bool FastCom::ReadUntil(iBuffer& reply, int32_t timeout_ms, const char* terminat
   while (remaining > 0) {
     bool arrived = false;
     while (ReadSome(reply)) arrived = true;
+    if (device_gone_) break;
     if (arrived) {
       remaining = timeout;
       const int32_t length = reply.Length();
@@ -341,7 +347,7 @@ bool FastCom::ReadUntil(iBuffer& reply, int32_t timeout_ms, const char* terminat
   }
   iBuffer shown(reply.View().substr(0, kReceiveLogCut));
   LogRecord(Msg("Odebrano: ", "Receive: "), shown);
-  return true;
+  return !device_gone_;
 }
 
 int32_t ReadLimitMs(int32_t timeout_ms) {
@@ -360,7 +366,7 @@ bool FastCom::ReadCount(iBuffer& reply, int32_t count) {
     reply.CommitAppended(static_cast<int32_t>(got));
   }
   LogRecord(Msg("Odebrano: ", "Receive: "), reply);
-  return true;
+  return !device_gone_;
 }
 
 uint32_t FastCom::InQueue() {
@@ -376,6 +382,15 @@ uint32_t FastCom::OutQueue() {
 void FastCom::RefreshQueues() {
   if (!is_open_ || !HasDevice() || !device_->ClearErrors(in_queue_, out_queue_))
     in_queue_ = out_queue_ = 0;
+  NoteGone();
+}
+
+// Whether the device has vanished; the first time it is seen, says so in the log.
+bool FastCom::NoteGone() {
+  if (device_gone_ || !HasDevice() || !device_->Gone()) return device_gone_;
+  device_gone_ = true;
+  LogMsg("Port zniknął.", "The port has vanished.");
+  return true;
 }
 
 void FastCom::Log(const std::string& text) const {

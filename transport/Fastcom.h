@@ -61,6 +61,9 @@ class FastCom {
   // errno (Linux) or GetLastError() (Windows) of the last failed open, else 0;
   // lets callers explain e.g. EACCES (the dialout group).
   int LastOpenError() const { return last_open_error_; }
+  // The device vanished since the last open (unplugged, line hung up): every
+  // later read and write fails at once instead of running out its time.
+  bool DeviceGone() const { return device_gone_; }
   uint32_t BytesRead() const { return bytes_read_; }
   uint32_t BytesWritten() const { return bytes_written_; }
   // Base name of this port's log file.
@@ -87,6 +90,7 @@ class FastCom {
   bool ReadSome(iBuffer& reply);
   bool TerminatorReached(const iBuffer& reply, const char* terminator) const;
   void RefreshQueues();
+  bool NoteGone();
   void Log(const std::string& text) const;
   void LogMsg(const char* polish_utf8, const char* english) const;
   void LogRecord(const std::string& prefix, const iBuffer& record) const;
@@ -100,6 +104,7 @@ class FastCom {
   bool logging_on_ = false;
   bool is_open_ = false;
   bool read_cut_ = false;
+  bool device_gone_ = false;
   uint32_t bytes_read_ = 0;
   uint32_t bytes_written_ = 0;
 };

@@ -72,6 +72,9 @@ class SerialDevice {
   virtual bool WaitTransmitEmpty() { return true; }
   // Releases the device; further calls fail.
   virtual void Close() {}
+  // True once the device has gone from under the open handle (unplugged, or
+  // the other end of a pseudo-terminal closed); nothing on it can succeed.
+  virtual bool Gone() const { return false; }
 };
 
 // Makes a device for a port name; on failure returns null and sets error

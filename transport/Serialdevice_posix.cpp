@@ -41,14 +41,23 @@ speed_t SpeedOf(int32_t baud) {
   return B0;
 }
 
-// Waits for the descriptor to become ready; false on time-out or hang-up.
-bool WaitReady(int fd, short events, int64_t wait_ms) {
+// The errors of a device that is no longer there: a hung-up terminal answers
+// EIO, a removed driver ENODEV or ENXIO.
+bool VanishedError(int error) {
+  return error == EIO || error == ENODEV || error == ENXIO;
+}
+
+enum class Readiness { kReady, kTimedOut, kHungUp };
+
+// Waits for the descriptor to become ready for events.
+Readiness WaitReady(int fd, short events, int64_t wait_ms) {
   if (wait_ms < 0) wait_ms = 0;
   pollfd p{fd, events, 0};
   int r;
   do r = poll(&p, 1, static_cast<int>(wait_ms));
   while (r < 0 && errno == EINTR);
-  return r > 0 && (p.revents & events) != 0;
+  if (r > 0 && (p.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) return Readiness::kHungUp;
+  return r > 0 && (p.revents & events) != 0 ? Readiness::kReady : Readiness::kTimedOut;
 }
 
 class PosixSerialDevice : public SerialDevice {
@@ -66,7 +75,7 @@ class PosixSerialDevice : public SerialDevice {
 
   bool ClearErrors(uint32_t& in_queue, uint32_t& out_queue) override {
     int in = 0, out = 0;
-    if (ioctl(fd_, FIONREAD, &in) != 0) return false;
+    if (ioctl(fd_, FIONREAD, &in) != 0) return Failed();
     if (ioctl(fd_, TIOCOUTQ, &out) != 0) out = 0;
     in_queue = static_cast<uint32_t>(in > 0 ? in : 0);
     out_queue = static_cast<uint32_t>(out > 0 ? out : 0);
@@ -106,8 +115,8 @@ class PosixSerialDevice : public SerialDevice {
         continue;
       }
       // Raw mode with VMIN 0 answers 0 when nothing waits.
-      if (r < 0 && errno != EAGAIN && errno != EINTR) return got > 0;
-      if (wait <= 0 || !WaitReady(fd_, POLLIN, wait)) break;
+      if (r < 0 && errno != EAGAIN && errno != EINTR) return Failed() || got > 0;
+      if (wait <= 0 || !IsReady(WaitReady(fd_, POLLIN, wait))) break;
     }
     return true;
   }
@@ -122,8 +131,8 @@ class PosixSerialDevice : public SerialDevice {
         written += static_cast<uint32_t>(r);
         continue;
       }
-      if (r < 0 && errno != EAGAIN && errno != EINTR) return false;
-      if (!WaitReady(fd_, POLLOUT, deadline - MonotonicMs())) break;
+      if (r < 0 && errno != EAGAIN && errno != EINTR) return Failed();
+      if (!IsReady(WaitReady(fd_, POLLOUT, deadline - MonotonicMs()))) break;
     }
     return Drain(deadline, written) && written == n;
   }
@@ -146,7 +155,7 @@ class PosixSerialDevice : public SerialDevice {
   bool Drain(int64_t deadline, uint32_t& written) {
     for (;;) {
       int out = 0;
-      if (ioctl(fd_, TIOCOUTQ, &out) != 0) return false;
+      if (ioctl(fd_, TIOCOUTQ, &out) != 0) return Failed();
       if (out <= 0) break;
       if (MonotonicMs() >= deadline) {
         tcflush(fd_, TCOFLUSH);
@@ -159,7 +168,21 @@ class PosixSerialDevice : public SerialDevice {
     int r;
     do r = tcdrain(fd_);
     while (r != 0 && errno == EINTR);
-    return r == 0;
+    return r == 0 || Failed();
+  }
+
+  bool Gone() const override { return gone_; }
+
+  // Notes a device that has vanished (from errno); always false.
+  bool Failed() {
+    if (VanishedError(errno)) gone_ = true;
+    return false;
+  }
+
+  // True when ready; a hang-up marks the device gone.
+  bool IsReady(Readiness readiness) {
+    if (readiness == Readiness::kHungUp) gone_ = true;
+    return readiness == Readiness::kReady;
   }
 
   // DTR and RTS off; a pseudo-terminal refuses, which is harmless.
@@ -171,6 +194,7 @@ class PosixSerialDevice : public SerialDevice {
  private:
   int fd_;
   SerialTimeouts timeouts_;
+  bool gone_ = false;
 };
 
 }  // namespace

@@ -14,6 +14,11 @@ bool IsDevice(HANDLE h) {
   return h != nullptr && h != INVALID_HANDLE_VALUE;
 }
 
+// The errors a handle answers once its USB device has been pulled out.
+bool VanishedError(DWORD error) {
+  return error == ERROR_BAD_COMMAND || error == ERROR_ACCESS_DENIED;
+}
+
 class Win32SerialDevice : public SerialDevice {
  public:
   explicit Win32SerialDevice(HANDLE handle) : handle_(handle) {}
@@ -37,7 +42,7 @@ class Win32SerialDevice : public SerialDevice {
   bool ClearErrors(uint32_t& in_queue, uint32_t& out_queue) override {
     DWORD errors = 0;
     COMSTAT stat{};
-    if (!ClearCommError(handle_, &errors, &stat)) return false;
+    if (!ClearCommError(handle_, &errors, &stat)) return Failed();
     in_queue = stat.cbInQue;
     out_queue = stat.cbOutQue;
     return true;
@@ -84,17 +89,19 @@ class Win32SerialDevice : public SerialDevice {
     DWORD n = 0;
     const bool ok = ReadFile(handle_, dest, max, &n, nullptr) != 0;
     got = n;
-    return ok;
+    return ok || Failed();
   }
 
   bool Write(const uint8_t* bytes, uint32_t n, uint32_t& written) override {
     DWORD done = 0;
     const bool ok = WriteFile(handle_, bytes, n, &done, nullptr) != 0;
     written = done;
-    return ok;
+    return ok || Failed();
   }
 
-  bool WaitTransmitEmpty() override { return WaitCommEvent(handle_, &event_mask_, nullptr) != 0; }
+  bool WaitTransmitEmpty() override {
+    return WaitCommEvent(handle_, &event_mask_, nullptr) != 0 || Failed();
+  }
 
   void Close() override {
     if (!IsDevice(handle_)) return;
@@ -102,9 +109,18 @@ class Win32SerialDevice : public SerialDevice {
     handle_ = INVALID_HANDLE_VALUE;
   }
 
+  bool Gone() const override { return gone_; }
+
  private:
+  // Notes a device that has vanished (from GetLastError); always false.
+  bool Failed() {
+    if (VanishedError(GetLastError())) gone_ = true;
+    return false;
+  }
+
   HANDLE handle_;
   DWORD event_mask_ = 0;
+  bool gone_ = false;
 };
 
 // Slashes outnumbering backslashes in the environment block mean WINE.

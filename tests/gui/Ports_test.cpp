@@ -223,5 +223,20 @@ TEST_F(LivePorts, BusyDefersTheRebuildPulledPortIsNamedPluggedPrinterIsOffered) 
   EXPECT_TRUE(bar->isHidden());
 }
 
+// The printer's line closes in the middle of an exchange: the channel sees
+// the port gone, and the operation ends at once naming it (a silent printer
+// would hold the status read for its 2 s time-out).
+TEST_F(LivePorts, LineClosedMidExchangeEndsAtOnceNamingThePort) {
+  Create();
+  Start();
+  sim->Faults().close_after_frames = 0;
+  const int64_t before = clock.NowMs();
+  Trigger(form.get(), "PenyStatus1");
+  EXPECT_LT(clock.NowMs() - before, 1000);
+  EXPECT_EQ(sim->Record().frames.size(), 1u);
+  EXPECT_EQ(Messages(), QStringList({U("Port com5 zniknął. Czy drukarka została odłączona?")}));
+  EXPECT_FALSE(form->PrinterBusy());
+}
+
 }  // namespace
 }  // namespace tavena
