@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -77,24 +78,74 @@ int RunFrame(CliContext& ctx, const FrameOptions& o) {
 struct PortsOptions {
   bool all = false;
   bool report = false;
+  bool watch = false;
 };
 
-void PrintRecord(CliContext& ctx, const DeviceRecord& r) {
+std::string RecordTitle(const DeviceRecord& r) {
   std::string title = r.port_name + "  " + r.description;
   if (IsPrinterVendor(r)) title += Msg("  [drukarka TAVENA USB]", "  [TAVENA USB printer]");
-  PrintLine(ctx, title);
+  return title;
+}
+
+void PrintRecord(CliContext& ctx, const DeviceRecord& r) {
+  PrintLine(ctx, RecordTitle(r));
   std::string summary = RecordSummary(r);
   for (size_t start = 0, end; (end = summary.find("\r\n", start)) != std::string::npos;
        start = end + 2)
     PrintLine(ctx, "  " + summary.substr(start, end - start));
 }
 
-int RunPorts(CliContext& ctx, const PortsOptions& o) {
-  UsbClass usb;
+void PrepareDiscovery(CliContext& ctx, const PortsOptions& o, UsbClass& usb) {
   usb.SetSysfsRoot(ctx.sysfs);
   usb.all_devices = o.all;
   usb.numbered_only = true;
   usb.report = o.report;
+}
+
+// The ports found now: name -> the title line the list shows.
+std::map<std::string, std::string> PortTitles(CliContext& ctx, const PortsOptions& o) {
+  UsbClass usb;
+  PrepareDiscovery(ctx, o, usb);
+  usb.Discover();
+  std::map<std::string, std::string> titles;
+  for (const DeviceRecord& r : usb.Records()) titles[r.port_name] = RecordTitle(r);
+  return titles;
+}
+
+// One line, time-stamped, for each port in from that is not in to.
+void PrintMissing(CliContext& ctx, const std::map<std::string, std::string>& from,
+                  const std::map<std::string, std::string>& to, const char* sign) {
+  const LocalTime t = CurrentClock().Local();
+  for (const auto& [name, title] : from)
+    if (!to.contains(name))
+      PrintLine(ctx, TextF("%02d:%02d:%02d %s ", t.hour, t.minute, t.second, sign) + title);
+}
+
+// The ports now, then a line for each port that comes (+) or goes (-).
+int WatchPorts(CliContext& ctx, const PortsOptions& o) {
+  DeviceChanges changes(ctx.sysfs == "/sys" ? std::string() : ctx.sysfs);
+  if (!changes.Watching())
+    return FailUtf8(ctx, kExitPrinter,
+                    MsgUtf8("Nie można śledzić portów.", "The ports cannot be watched."));
+  std::map<std::string, std::string> shown = PortTitles(ctx, o);
+  for (const auto& [name, title] : shown) PrintLine(ctx, title);
+  PrintLine(ctx, Msg("Czekam na zmiany portów (Ctrl+C kończy).",
+                     "Waiting for ports to come or go (Ctrl+C ends)."));
+  ctx.out.flush();
+  while (changes.Wait()) {
+    const std::map<std::string, std::string> now = PortTitles(ctx, o);
+    PrintMissing(ctx, shown, now, "-");
+    PrintMissing(ctx, now, shown, "+");
+    ctx.out.flush();
+    shown = now;
+  }
+  return kExitDone;
+}
+
+int RunPorts(CliContext& ctx, const PortsOptions& o) {
+  if (o.watch) return WatchPorts(ctx, o);
+  UsbClass usb;
+  PrepareDiscovery(ctx, o, usb);
   const bool ok = usb.Discover();
   if (o.report) {
     std::string report = usb.Report();
@@ -130,6 +181,8 @@ void AddOfflineCommands(CLI::App& app, CliContext& ctx, CommandList& commands) {
   CLI::App* p = app.add_subcommand("ports", "List the serial ports, TAVENA USB printers marked");
   p->add_flag("--all", ports->all, "Also ports that are not present or have no number");
   p->add_flag("--report", ports->report, "Every property of every port");
+  p->add_flag("--watch", ports->watch,
+              "Print a line for each port that comes or goes, until Ctrl+C");
   p->add_option("--sysfs", ctx.sysfs, "Root of the sysfs tree to scan (Linux)")->group("");
   commands.emplace_back(p, [&ctx, ports] { return RunPorts(ctx, *ports); });
 }

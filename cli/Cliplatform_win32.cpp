@@ -75,4 +75,32 @@ std::string OpenFailureAdvice(int system_error) {
   return {};
 }
 
+namespace {
+
+volatile LONG g_interrupted = 0;
+
+BOOL WINAPI OnConsoleControl(DWORD) {
+  InterlockedExchange(&g_interrupted, 1);
+  return TRUE;
+}
+
+}  // namespace
+
+struct DeviceChanges::Host {};
+
+DeviceChanges::DeviceChanges(const std::string&) : host_(std::make_unique<Host>()) {
+  SetConsoleCtrlHandler(OnConsoleControl, TRUE);
+}
+
+DeviceChanges::~DeviceChanges() = default;
+
+bool DeviceChanges::Watching() const {
+  return true;
+}
+
+bool DeviceChanges::Wait() {
+  for (int i = 0; i < 10 && !g_interrupted; ++i) Sleep(100);
+  return !g_interrupted;
+}
+
 }  // namespace tavena

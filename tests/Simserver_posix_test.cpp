@@ -1,6 +1,7 @@
 // End to end, in real time: the simulator program on a real pseudo-terminal, with a raw
-// client and with the printer object. Floods, closed lines, wrong speeds and the tool's
-// send and log are checked in process (Simprinter_test, Simport_test, Cli_test).
+// client, with the printer object and with the tool; and the tool watching ports. Floods, closed
+// lines, wrong speeds and the tool's send and log are checked in process (Simprinter_test,
+// Simport_test, Cli_test).
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 
 #include "TestSupport.h"
 #include "protocol/Drukarka.h"
@@ -25,11 +27,11 @@ using test::Hex;
 
 const std::string kTool = TAVENA_BINARY_DIR "/cli/tavena";
 
-// "tavena sim" with args; Path() is its first output line.
-class SimProcess {
+// "tavena" with args, its standard output read line by line.
+class ToolProcess {
  public:
-  explicit SimProcess(std::vector<std::string> args) {
-    args.insert(args.begin(), {kTool, "sim"});
+  explicit ToolProcess(std::vector<std::string> args) {
+    args.insert(args.begin(), kTool);
     int out[2], err[2];
     if (pipe(out) != 0 || pipe(err) != 0) return;
     posix_spawn_file_actions_t actions;
@@ -43,16 +45,21 @@ class SimProcess {
     posix_spawn_file_actions_destroy(&actions);
     close(out[1]);
     close(err[1]);
+    out_ = out[0];
     err_ = err[0];
-    pollfd p{out[0], POLLIN, 0};
-    for (char c; poll(&p, 1, 5000) > 0 && read(out[0], &c, 1) == 1 && c != '\n';) path_ += c;
-    close(out[0]);
   }
-  ~SimProcess() {
+  ~ToolProcess() {
     if (pid_ > 0) kill(pid_, SIGKILL), waitpid(pid_, nullptr, 0);
+    close(out_);
     close(err_);
   }
-  const std::string& Path() const { return path_; }
+  // The next line of standard output, without its end; what came within the time.
+  std::string Line(int timeout_ms = 5000) {
+    std::string line;
+    pollfd p{out_, POLLIN, 0};
+    for (char c; poll(&p, 1, timeout_ms) > 0 && read(out_, &c, 1) == 1 && c != '\n';) line += c;
+    return line;
+  }
   // Sends a signal (0: none); the exit status, or -1 if not ended within 5 s.
   int Stop(int signal_number = 0) {
     if (signal_number) kill(pid_, signal_number);
@@ -74,7 +81,22 @@ class SimProcess {
 
  private:
   pid_t pid_ = -1;
+  int out_ = -1;
   int err_ = -1;
+};
+
+// "tavena sim" with args; Path() is its first output line.
+class SimProcess : public ToolProcess {
+ public:
+  explicit SimProcess(std::vector<std::string> args)
+      : ToolProcess(WithSim(std::move(args))), path_(Line()) {}
+  const std::string& Path() const { return path_; }
+
+ private:
+  static std::vector<std::string> WithSim(std::vector<std::string> args) {
+    args.insert(args.begin(), "sim");
+    return args;
+  }
   std::string path_;
 };
 
@@ -173,6 +195,26 @@ TEST_F(SimServerTest, LineClosedMidExchangeEndsWithinASecond) {
   EXPECT_TRUE(
       output.ends_with("\ntavena: Port " + link + " zniknął. Czy drukarka została odłączona?\n"))
       << output;
+}
+
+// "ports --watch" prints the ports, then a line for each that goes or comes,
+// until interrupted.
+TEST_F(SimServerTest, PortsWatchFollowsUnplugAndPlug) {
+  namespace fs = std::filesystem;
+  const fs::path sysfs = dir_.file("sys"), usb = sysfs / "class/tty/ttyUSB0";
+  fs::copy(TAVENA_SOURCE_DIR "/tests/fixtures/sysfs", sysfs,
+           fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  const fs::path target = fs::read_symlink(usb);
+  ToolProcess watch({"ports", "--watch", "--sysfs", sysfs.string()});
+  EXPECT_EQ(watch.Line(), "/dev/ttyACM0  TAVENA LUMEN USB  [drukarka TAVENA USB]");
+  EXPECT_EQ(watch.Line(), "/dev/ttyS0  Communications Port");
+  EXPECT_EQ(watch.Line(), "/dev/ttyUSB0  FT232R USB UART");
+  EXPECT_EQ(watch.Line(), "Czekam na zmiany portów (Ctrl+C kończy).");
+  fs::remove(usb);
+  EXPECT_EQ(watch.Line(2000).substr(8), " - /dev/ttyUSB0  FT232R USB UART");
+  fs::create_directory_symlink(target, usb);
+  EXPECT_EQ(watch.Line(2000).substr(8), " + /dev/ttyUSB0  FT232R USB UART");
+  EXPECT_EQ(watch.Stop(SIGINT), 0);
 }
 
 }  // namespace
