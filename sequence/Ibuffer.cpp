@@ -140,13 +140,6 @@ bool iBuffer::SaveToFile(const std::string& path) const {
   return closed && put == static_cast<size_t>(length_);
 }
 
-uint8_t iBuffer::XorFold(uint8_t start, int32_t count) const {
-  const int32_t n = (count <= 0 || count > length_) ? length_ : count;
-  uint8_t v = start;
-  for (int32_t i = 0; i < n; ++i) v ^= data_[i];
-  return v;
-}
-
 void iBuffer::ToMazovia() {
   tavena::ToMazovia(data_.get(), static_cast<size_t>(length_));
 }
@@ -172,12 +165,6 @@ int64_t iBuffer::ParseDecimal(const char* text) {
   for (; *text >= '0' && *text <= '9'; ++text)
     value = value * 10 + static_cast<uint64_t>(*text - '0');
   return static_cast<int64_t>(negative ? 0 - value : value);
-}
-
-int64_t iBuffer::ParseHex(const char* text) {
-  unsigned long long value = 0;
-  if (!text || std::sscanf(text, "%llX", &value) != 1) return 0;
-  return static_cast<int64_t>(value);
 }
 
 }  // namespace tavena

@@ -67,9 +67,6 @@ class iBuffer {
   // Binary write of exactly Length() bytes; false when it cannot be written.
   bool SaveToFile(const std::string& path) const;
 
-  // start XOR every byte of the first count bytes (0: the whole length).
-  uint8_t XorFold(uint8_t start, int32_t count = 0) const;
-
   // In-place code-page conversion of all bytes.
   void ToMazovia();
   void FromMazovia();
@@ -79,9 +76,6 @@ class iBuffer {
   // Spaces, optional sign, leading zeros, then decimal digits up to the
   // first non-digit.
   static int64_t ParseDecimal(const char* text);
-  // Hexadecimal number as read by "%llX" (leading blanks, optional sign and
-  // 0x prefix); 0 when there is none.
-  static int64_t ParseHex(const char* text);
 
  private:
   void Allocate(int32_t capacity);
