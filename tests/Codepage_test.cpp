@@ -21,7 +21,6 @@ TEST(CodepageTest, MazoviaLettersBothWaysOtherBytesUnchanged) {
   const std::string mixed("A\x80\x00\xFF z", 6);
   EXPECT_EQ(ToMazovia(mixed), mixed);
   EXPECT_EQ(FromMazovia(mixed), mixed);
-  EXPECT_EQ(ToMazovia(std::string()), "");
   // Not idempotent: Mazovia Ń (A5) is CP1250 Ą.
   EXPECT_EQ(Hex(ToMazovia(ToMazovia("\xD1"))), "8F");
 }

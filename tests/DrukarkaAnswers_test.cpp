@@ -92,22 +92,19 @@ TEST(DrukarkaAnswersTest, StatusFieldsAndRules) {
   EXPECT_EQ(r.resets, -1);
   EXPECT_EQ(r.year, 1999);
 
-  // No rate of 100 or 101: G becomes exempt whatever was sent.
-  ASSERT_TRUE(ParseStatus(
-      StatusAnswer("0;12;5;31;", "23.00/8.00/5.00/0.00/0.00/0.00/12.00/", "9;1/1/1/1/1/1/1/1/U"),
-      r));
-  EXPECT_EQ(FormatRates(r.rates), "23.00;8.00;5.00;0.00;0.00;0.00;zw;");
+  // A field without a decimal point is -1 and not consumed (the next rate reads it
+  // again); 99.99 is exempt, 100.01 not; 100.99 inactive, 101.01 not; with no rate of
+  // 100 or 101 G becomes exempt whatever was sent.
+  const std::pair<const char*, const char*> rates[] = {
+      {"23.00/x/8.00/5.00/0.00/0.00/0.00/", "23.00;-1;-1;-1;-1;-1;zw;"},
+      {"99.99/100.01/100.99/101.01/1.0/2.0/3.0/", "zw;100.01;-1;101.01;1.00;2.00;3.00;"},
+      {"23.00/8.00/5.00/0.00/0.00/0.00/12.00/", "23.00;8.00;5.00;0.00;0.00;0.00;zw;"}};
+  for (const auto& [sent, read] : rates) {
+    ASSERT_TRUE(ParseStatus(StatusAnswer("0;12;5;31;", sent, "9;1/1/1/1/1/1/1/1/U"), r));
+    EXPECT_EQ(FormatRates(r.rates), read) << sent;
+  }
   EXPECT_EQ(r.receipts, 9);
   EXPECT_EQ(r.unique_number, "U");
-  // Edges of the ranges: 99.99 exempt, 100.01 not; 100.99 inactive, 101.01 not.
-  ASSERT_TRUE(
-      ParseStatus(StatusAnswer("0;12;5;31;", "99.99/100.01/100.99/101.01/1.0/2.0/3.0/", "0;"), r));
-  EXPECT_EQ(FormatRates(r.rates), "zw;100.01;-1;101.01;1.00;2.00;3.00;");
-  // A field without a decimal point is -1 and not consumed: the next rate
-  // reads the same text.
-  ASSERT_TRUE(
-      ParseStatus(StatusAnswer("0;12;5;31;", "23.00/x/8.00/5.00/0.00/0.00/0.00/", "4;"), r));
-  EXPECT_EQ(FormatRates(r.rates), "23.00;-1;-1;-1;-1;-1;zw;");
   // Parsing stops nowhere outside the text.
   EXPECT_FALSE(ParseStatus("no mark", r));
   ASSERT_TRUE(ParseStatus("#X", r));

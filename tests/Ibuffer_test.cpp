@@ -9,7 +9,7 @@ namespace {
 
 using test::Hex;
 
-TEST(IbufferTest, CapacityAppendsAndZeroBytes) {
+TEST(IbufferTest, CapacityAppendsZeroBytesAndMazovia) {
   EXPECT_EQ(iBuffer("abc").Capacity(), 100);
   EXPECT_EQ(iBuffer(std::string(80, 'x')).Capacity(), 160);
   // 90 bytes fit; the 91st (90 + 1 + 10 > 100) grows it to (100 + 1) * 2 + 10.
@@ -33,6 +33,12 @@ TEST(IbufferTest, CapacityAppendsAndZeroBytes) {
   iBuffer copy = with_zero;
   copy.AppendByte('!');
   EXPECT_EQ(with_zero.Length(), 3);
+  // In place, zero bytes kept: ą, zero, ę, euro.
+  iBuffer polish(std::string("\xB9\0\xEA\x80", 4));
+  polish.ToMazovia();
+  EXPECT_EQ(Hex(polish.ToString()), "86 00 91 80");
+  polish.FromMazovia();
+  EXPECT_EQ(Hex(polish.ToString()), "B9 00 EA 80");
 }
 
 TEST(IbufferTest, LoadAndSaveFiles) {
@@ -51,14 +57,6 @@ TEST(IbufferTest, LoadAndSaveFiles) {
   EXPECT_FALSE(in.LoadFromFile(dir.file("missing.bin")));
   EXPECT_EQ(in.Length(), 0);
   EXPECT_FALSE(in.SaveToFile(dir.file("no/such/folder/a.bin")));
-}
-
-TEST(IbufferTest, MazoviaInPlaceKeepsZeroBytes) {
-  iBuffer polish(std::string("\xB9\0\xEA\x80", 4));  // ą, zero, ę, euro
-  polish.ToMazovia();
-  EXPECT_EQ(Hex(polish.ToString()), "86 00 91 80");
-  polish.FromMazovia();
-  EXPECT_EQ(Hex(polish.ToString()), "B9 00 EA 80");
 }
 
 }  // namespace

@@ -94,7 +94,6 @@ TEST(SeqCompileClass, MessagesCarryLineCountsInBothLanguages) {
       // A comment block inside a sequence swallows the rest, \<end> included.
       {"seq = A\\<c>B\\<e>C\\<end>\nseq = D\\<end>\\", "41",
        "2: Absence of end mark.\n2: There is 1 error.\n"},
-      {"seq = \\<comment>", "", "1: Absence of end mark.\n1: There is 1 error.\n"},
       {"", "", "0: Input file is empty.\n0: There is 1 error.\n"},
       {R"(Seq =A\<end>)", "", "1: Input file is empty.\n1: There is 1 error.\n"},
       {"seq = A\\<end>\nseq = B\\q\\w\\<end>", "41 42",

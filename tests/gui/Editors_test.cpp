@@ -29,18 +29,14 @@ using test::WriteFile;
 // Sets the clock; "8D" is its control sum.
 const std::string kClockFrame = "\x1bP26;11;23;8;30;0$c8D\x1b\\";
 
-TEST(ReadableForm, BytesBothWaysWithTheKeptLowerCaseDigits) {
+TEST(ReadableForm, BytesBothWaysAndTheExtensionRule) {
   EXPECT_EQ(EncodeReadable(std::string("\x1b\x41\x7f\xb9 ~\0", 7)), "[x1B]A[x7F][xB9] ~[x00]");
   EXPECT_EQ(DecodeReadable("[x1B]P[xFF][x1b][x0a][xA]][x1G]"),
             std::string("\x1bP\xff\x3b\x2a[xA]][x1G]"));
   std::string every_byte;
   for (int b = 0; b < 256; ++b) every_byte += static_cast<char>(b);
   EXPECT_EQ(DecodeReadable(EncodeReadable(every_byte)), every_byte);
-}
-
-TEST(ExtensionRule, CutsAtTheFirstFullStopUnlessTheExtensionIsThere) {
-  EXPECT_EQ(WithExtension("C:\\Seq\\test", ".TXT"), "C:\\Seq\\test.txt");
-  EXPECT_EQ(WithExtension("C:\\Seq\\test.dat", ".TXT"), "C:\\Seq\\test.txt");
+  // Extensions cut at the first full stop unless there (the editors add and replace them).
   EXPECT_EQ(WithExtension("C:\\my.dir\\test", ".TXT"), "C:\\my.txt");
   EXPECT_EQ(WithExtension("/dane/Raport.Bin", ".BIN"), "/dane/Raport.Bin");
 }

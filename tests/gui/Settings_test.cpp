@@ -60,8 +60,7 @@ TEST(Settings, WritesEveryKeyInTableOrderAndReadsItBack) {
 TEST(Settings, ReadingRulesAndFontDefaults) {
   TempDir dir;
   const std::string path = dir.file("config.tav");
-  // Flags are "greater than 0", numbers keep 32 bits, a value keeps its
-  // "=" and blanks.
+  // Flags are "greater than 0", numbers keep 32 bits, a value keeps its "=" and blanks.
   WriteFile(path,
             "ListTop=10\r\nColour=red\r\n   ListLeft=20\r\nListShowing=-1\r\n"
             "PodShowing=7\r\nMainTop=4294967297\r\nMainLeft=abc\r\nPodPath=a=b \r\n");
@@ -69,12 +68,10 @@ TEST(Settings, ReadingRulesAndFontDefaults) {
   r.pod.showing = false;
   r.list.showing = true;
   ASSERT_TRUE(LoadSettings(path, r));
-  EXPECT_EQ(r.list.top, 10);
-  EXPECT_EQ(r.list.left, 20);
-  EXPECT_FALSE(r.list.showing);
-  EXPECT_TRUE(r.pod.showing);
-  EXPECT_EQ(r.main.top, 1);
-  EXPECT_EQ(r.main.left, 0);
+  // Top, left, showing of the monitor; the list's showing; top and left of the main window.
+  EXPECT_EQ((std::vector<int64_t>{r.list.top, r.list.left, r.list.showing, r.pod.showing,
+                                  r.main.top, r.main.left}),
+            (std::vector<int64_t>{10, 20, 0, 1, 1, 0}));
   EXPECT_EQ(r.pod_path, "a=b ");
 
   // A line without "=" abandons the rest (an entity file skips it).

