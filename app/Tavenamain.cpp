@@ -395,8 +395,7 @@ void TTavenaForm::ReportFound() {
   ui->AktualnyCom->setText(link_->IsUsbPort(portName) ? FromUtf8("Tavena USB  ")
                                                       : FromUtf8("%1 bodów ").arg(baudRate));
   isFiscal = ui->EFiskalny->text().contains(FromUtf8("fiskalny"));
-  const QString type = ui->ETypDrukarki->text().toUpper();
-  deviceKind = type.contains(FromUtf8("QX-1")) || type.contains(FromUtf8(" EJ")) ? '2' : '1';
+  deviceKind = FiscalDeviceKind(ToCp1250(ui->ETypDrukarki->text()));
   ShowFiscalControls(isFiscal);
   link_->Attach(windows_.listing, &fields_);
 }
