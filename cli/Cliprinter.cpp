@@ -545,7 +545,7 @@ int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work) {
 
 bool HeaderAccepted(CliContext& ctx, const HeaderText& h) {
   if (const int line = CheckHeader(h); line != 0)
-    return Fail(ctx, kExitUsage, HeaderErrorMessage(line)), false;
+    return Fail(ctx, kExitUsage, HeaderErrorMessage(line, " ")), false;
   if (HeaderByteCount(h) >= kHeaderByteLimit)
     ctx.err << MsgUtf8("tavena: uwaga: licznik bajtów nagłówka ",
                        "tavena: warning: header byte count ")

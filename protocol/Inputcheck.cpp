@@ -213,9 +213,9 @@ int CheckHeader(const HeaderText& header) {
   return empty ? 1 : 0;
 }
 
-std::string HeaderErrorMessage(int line) {
+std::string HeaderErrorMessage(int line, const char* after_number) {
   return Msg("Sprawdź nagłówek w linii numer: ", "Check the header in line number: ") +
-         std::to_string(line) + "\n" +
+         std::to_string(line) + after_number +
          Msg("Zawiera niedopuszczalne znaki,\nalbo jest pusty\n",
              "It contains characters that are not allowed,\nor it is empty\n") +
          Msg("Nie można nagłówka zapisać.", "The header cannot be written.");

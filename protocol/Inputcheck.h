@@ -72,7 +72,9 @@ bool HeaderCharAccepted(unsigned char c);
 // 0 when the header can be written, else the number (1..8) of the first
 // line with a refused character; 1 for an empty header.
 int CheckHeader(const HeaderText& header);
-std::string HeaderErrorMessage(int line);
+// The refusal of a header: the line number directly followed by the reason
+// in the window's text; after_number goes between them (the tool's " ").
+std::string HeaderErrorMessage(int line, const char* after_number = "");
 // The header byte counter: each non-empty line counts its characters plus
 // the centring pad for its width (22 large, 40 normal) plus one.
 int HeaderByteCount(const HeaderText& header);

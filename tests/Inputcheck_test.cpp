@@ -84,6 +84,9 @@ TEST_F(InputcheckTest, HeaderCharactersAndByteCount) {
     EXPECT_EQ(CheckHeader(h), 5) << bad;
   }
   EXPECT_FALSE(HeaderCharAccepted(0xFF));
+  EXPECT_EQ(Cp1250ToUtf8(HeaderErrorMessage(5)),
+            "Sprawdź nagłówek w linii numer: 5Zawiera niedopuszczalne znaki,\nalbo jest pusty\n"
+            "Nie można nagłówka zapisać.");
 
   // Characters, the centring pad of the width (40, or 22 large), plus one.
   HeaderText c;
