@@ -168,12 +168,12 @@ void Drukarka::BeginExchange(std::string_view question, bool sent) {
   if (!sent) FinishExchange({}, ExchangeResult::kNotSent);
 }
 
-void Drukarka::FinishExchange(std::string_view answer, ExchangeResult result) {
+void Drukarka::FinishExchange(std::string_view answer, ExchangeResult result, bool timed) {
   if (!pending_) return;
   ExchangeRecord record = std::move(*pending_);
   pending_.reset();
   record.answer = std::string(answer);
-  if (!answer.empty()) record.response_ms = static_cast<int>(NowMs() - question_end_ms_);
+  if (timed && !answer.empty()) record.response_ms = static_cast<int>(NowMs() - question_end_ms_);
   record.result = result;
   record.meaning = ExchangeMeaning(record.question, record.answer);
   if (exchanges) exchanges->Exchange(record);

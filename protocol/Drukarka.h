@@ -175,7 +175,8 @@ class Drukarka {
   // Exchange records: a question waits for its answer until the next
   // question, a read or Close; one without an answer read is kSent.
   void BeginExchange(std::string_view question, bool sent);
-  void FinishExchange(std::string_view answer, ExchangeResult result);
+  // timed: the answer was read as it came, so its time is the response time.
+  void FinishExchange(std::string_view answer, ExchangeResult result, bool timed = true);
   void FlushExchange();
   // The log's run header before this run's first line to the port's file,
   // and the printer's identity once its unique number is known.

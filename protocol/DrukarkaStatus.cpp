@@ -161,7 +161,9 @@ bool Drukarka::ReadFirstReportDate(std::string& text) {
     if (!SendFramed("2;0;0;1#r")) return false;
     SleepMs(kReportWaitMs);
     const std::string raw = ReadWaiting();
-    FinishExchange(raw, raw.empty() ? ExchangeResult::kNoAnswer : ExchangeResult::kConfirmed);
+    // Taken after a fixed wait: when its last byte came is not known.
+    FinishExchange(raw, raw.empty() ? ExchangeResult::kNoAnswer : ExchangeResult::kConfirmed,
+                   false);
     const std::string got = FromMazovia(raw);
     LogAnswerText(got);
     int year = 0, month = 0, day = 0;

@@ -149,7 +149,7 @@ TExchangeView::TExchangeView(QWidget* parent) : QWidget(parent), filter_(this) {
   table_->verticalHeader()->setVisible(false);
   table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 4);
   table_->horizontalHeader()->setStretchLastSection(true);
-  const int widths[] = {90, 80, 60, 260, 220, 320, 100};
+  const int widths[] = {90, 90, 60, 230, 200, 330, 100};
   for (int c = 0; c < 7; ++c) table_->setColumnWidth(c, widths[c]);
 
   auto* bar = new QHBoxLayout;

@@ -1,8 +1,10 @@
 #include "Listing.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTableView>
 
 #include "app/Dialogs.h"
 #include "app/Fonts.h"
@@ -12,6 +14,12 @@
 #include "windows/Exchangeview.h"
 
 namespace tavena {
+
+namespace {
+
+constexpr int kPictureWidth = 1240;  // wide enough for every column of the exchange view
+
+}  // namespace
 
 TListingForm::TListingForm(QWidget* parent) : TBaseForm(parent), ui(new Ui::TListingForm) {
   ui->setupUi(this);
@@ -76,6 +84,18 @@ void TListingForm::Wyczy1Click() {
 
 void TListingForm::Exchange(const ExchangeRecord& record) {
   exchanges_->Append(record);
+}
+
+void TListingForm::SaveExchangesPicture(const QString& path) {
+  QWidget* shown = ui->Zakladki->currentWidget();
+  const QSize size = this->size();
+  resize(std::max(size.width(), kPictureWidth), size.height());
+  ui->Zakladki->setCurrentWidget(ui->TabWymiana);
+  exchanges_->Table()->scrollToBottom();
+  QCoreApplication::processEvents();
+  grab().save(path);
+  ui->Zakladki->setCurrentWidget(shown);
+  resize(size);
 }
 
 void TListingForm::ZapiszCsv1Click() {

@@ -32,6 +32,8 @@ class TListingForm : public TBaseForm, public MonitorSink, public ExchangeSink {
   // The exchange view on the tab "Wymiana": one row per reported exchange.
   void Exchange(const ExchangeRecord& record) override;
   TExchangeView* Exchanges() const { return exchanges_; }
+  // Saves a picture of the window showing the exchange view (--screenshot).
+  void SaveExchangesPicture(const QString& path);
 
  public slots:
   void Koniec1Click();
