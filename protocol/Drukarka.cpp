@@ -135,24 +135,24 @@ void Drukarka::Progress(const std::string& text) {
 
 // ---- Run header ----
 
+std::string Drukarka::RunKey() const {
+  return LogFolder() + "/" + LogBaseNameOf(port_name);
+}
+
+RunHeader Drukarka::CurrentRunHeader() const {
+  return {port_name,          speed, model_name_, software_version_, status_.unique_number,
+          logging_from_start_};
+}
+
 void Drukarka::WriteRunHeader() {
-  const std::string base = LogBaseNameOf(port_name);
-  const std::string key = LogFolder() + "/" + base;
-  if (!FirstTimeInRun(key)) return;
-  const RunHeader header{
-      port_name, speed, model_name_, software_version_, status_.unique_number, logging_from_start_};
-  LogToPortFile(RunHeaderLine(header).c_str(), base.c_str());
-  if (!status_.unique_number.empty()) FirstTimeInRun("id " + key);
+  if (!FirstTimeInRun(RunKey())) return;
+  LogToPortFile(RunHeaderLine(CurrentRunHeader()).c_str(), LogBaseNameOf(port_name).c_str());
+  if (!status_.unique_number.empty()) FirstTimeInRun("id " + RunKey());
 }
 
 void Drukarka::WriteIdentityHeader() {
-  const std::string base = LogBaseNameOf(port_name);
-  if (!logging_ || status_.unique_number.empty() ||
-      !FirstTimeInRun("id " + LogFolder() + "/" + base))
-    return;
-  const RunHeader header{
-      port_name, speed, model_name_, software_version_, status_.unique_number, logging_from_start_};
-  LogToPortFile(IdentityHeaderLine(header).c_str(), base.c_str());
+  if (!logging_ || status_.unique_number.empty() || !FirstTimeInRun("id " + RunKey())) return;
+  LogToPortFile(IdentityHeaderLine(CurrentRunHeader()).c_str(), LogBaseNameOf(port_name).c_str());
 }
 
 // ---- Exchange records ----
@@ -212,8 +212,9 @@ bool Drukarka::ReadAnswer(int timeout_ms) {
   answer = FromMazovia(reply.ToString());
   if (com.ReadCut()) ReportNotQuiet(ReadLimitMs(timeout_ms));
   const bool complete = answer.size() >= 2 && answer.compare(answer.size() - 2, 2, "\x1b\\") == 0;
-  FinishExchange(complete ? reply.View() : std::string_view(),
-                 complete ? ExchangeResult::kConfirmed : ExchangeResult::kNoAnswer);
+  // An answer cut short keeps its bytes, but not a response time.
+  FinishExchange(reply.View(), complete ? ExchangeResult::kConfirmed : ExchangeResult::kNoAnswer,
+                 complete);
   if (complete)
     LogAnswerText(answer);
   else

@@ -23,6 +23,7 @@
 #include "Exchange.h"
 #include "Fiscalbiblio.h"
 #include "Formsink.h"
+#include "Runheader.h"
 #include "transport/Fastcom.h"
 
 namespace tavena {
@@ -180,6 +181,8 @@ class Drukarka {
   void FlushExchange();
   // The log's run header before this run's first line to the port's file,
   // and the printer's identity once its unique number is known.
+  std::string RunKey() const;  // the port's log file
+  RunHeader CurrentRunHeader() const;
   void WriteRunHeader();
   void WriteIdentityHeader();
 
