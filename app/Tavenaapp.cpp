@@ -22,6 +22,7 @@ std::unique_ptr<TTavenaForm> CreateWindows(std::unique_ptr<PrinterLink> link,
   TTavenaForm* owner = main.get();
   AppWindows w;
   w.listing = new TListingForm(owner);
+  main->Printer().exchanges = w.listing;
   w.date_time = new TEditDateTimeForm(owner);
   w.podmioty = new TPodmiotyForm(owner);
   w.edytor_seq = new TEdytorSeqForm(owner);

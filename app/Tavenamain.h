@@ -234,6 +234,11 @@ class TTavenaForm : public TBaseForm, public PrinterAccess {
  private:
   void ConnectEntityHandlers();
   QString last_saved_entity_;  // the name last chosen in the save dialog
+
+  // The service record of the programming operations (app/TavenamainService.cpp).
+ private:
+  bool Recorded(Drukarka& printer, const std::string& operation, const std::string& details,
+                bool sent);
 };
 
 }  // namespace tavena

@@ -13,6 +13,7 @@
 #include "app/Tavenamain.h"
 #include "app/Texts.h"
 #include "protocol/Printererrors.h"
+#include "protocol/Servicerecord.h"
 #include "sequence/Messagelanguage.h"
 #include "ui_Tavenamain.h"
 #include "windows/Editdatetime.h"
@@ -148,7 +149,8 @@ bool TTavenaForm::WriteClockFromSystem() {
   PrinterSession session(*this);
   if (!session.IsOpen()) return false;
   const bool sent =
-      session->SetClock(now.year, now.month, now.day, now.hour, now.minute, now.second);
+      Recorded(*session, service::Clock(), ClockDetails(now),
+               session->SetClock(now.year, now.month, now.day, now.hour, now.minute, now.second));
   SleepMs(kClockSettleMs);
   return sent;
 }
@@ -165,7 +167,9 @@ void TTavenaForm::Programuj1Click() {
                          [this](const QString& text) {
                            if (text.size() < 2) return true;
                            PrinterSession session(*this);
-                           if (session.IsOpen()) session->SetClockFromText(ToCp1250(text));
+                           if (session.IsOpen())
+                             Recorded(*session, service::Clock(), ToCp1250(text),
+                                      session->SetClockFromText(ToCp1250(text)));
                            return true;
                          });
 }
@@ -188,7 +192,9 @@ bool TTavenaForm::WriteVatRates() {
   }
   {
     PrinterSession session(*this);
-    if (!session.IsOpen() || !session->SetVatRates(rates)) return false;
+    if (!session.IsOpen() ||
+        !Recorded(*session, service::VatRates(), FormatRates(rates), session->SetVatRates(rates)))
+      return false;
   }
   Ask(
       FromUtf8(MsgUtf8("Potwierdź na drukarce. Jeśli drukarka nic nie robi,\nto stawki już zostały "
@@ -213,7 +219,8 @@ bool TTavenaForm::WriteHeader() {
     lines.push_back({header.lines[i], (header.large[i] ? kHeaderDoubleWidth : 0) |
                                           (header.centre[i] ? kHeaderCentre : 0)});
   PrinterSession session(*this);
-  return session.IsOpen() && session->SetHeader(lines);
+  return session.IsOpen() &&
+         Recorded(*session, service::Header(), HeaderDetails(lines), session->SetHeader(lines));
 }
 
 void TTavenaForm::WHeaderClick() {
@@ -230,7 +237,9 @@ void TTavenaForm::DObowy1Click() {
     return;
   }
   PrinterSession session(*this);
-  if (session.IsOpen()) session->ReportByNumber(1, DateOf(date));
+  if (session.IsOpen())
+    Recorded(*session, service::DailyReport(), DateDetails(DateOf(date)),
+             session->ReportByNumber(1, DateOf(date)));
 }
 
 // One date from the dialog in its date-only mode; it stays open on a text
@@ -261,12 +270,15 @@ void TTavenaForm::Okresowy1Click() {
     return;
   }
   PrinterSession session(*this);
-  if (session.IsOpen()) session->PeriodicReport(DateOf(*first), DateOf(*second), 0);
+  if (session.IsOpen())
+    Recorded(*session, service::PeriodicReport(),
+             DateDetails(DateOf(*first)) + " - " + DateDetails(DateOf(*second)),
+             session->PeriodicReport(DateOf(*first), DateOf(*second), 0));
 }
 
 void TTavenaForm::Paragonza1gr1Click() {
   PrinterSession session(*this);
-  if (session.IsOpen()) session->TestReceipt();
+  if (session.IsOpen()) Recorded(*session, service::TestReceipt(), "", session->TestReceipt());
 }
 
 // ---- Fiscalisation ----
@@ -281,12 +293,14 @@ bool TTavenaForm::DailyReportOnPrinterDate() {
     return false;
   }
   PrinterSession session(*this);
-  return session.IsOpen() && session->ReportByNumber(1, DateOf(date));
+  return session.IsOpen() && Recorded(*session, service::DailyReport(), DateDetails(DateOf(date)),
+                                      session->ReportByNumber(1, DateOf(date)));
 }
 
 bool TTavenaForm::FiscaliseNip(const std::string& nip) {
   PrinterSession session(*this);
-  return session.IsOpen() && session->Fiscalise(0, nip);
+  return session.IsOpen() &&
+         Recorded(*session, service::Fiscalisation(), "NIP " + nip, session->Fiscalise(0, nip));
 }
 
 // Each step in turn, 300 ms after each; the first that fails ends them.

@@ -34,7 +34,8 @@ const char* const kUsage =
     "                      and connect to it\n"
     "  --port PORT         look for the printer on PORT at start-up (/dev/ttyUSB0, com3;\n"
     "                      default com1)\n"
-    "  --screenshot DIR    after start-up save main-window.png, monitor.png, serial-ports.png\n"
+    "  --screenshot DIR    after start-up save main-window.png, monitor.png,\n"
+    "                      monitor-exchanges.png, serial-ports.png\n"
     "                      and <window>.png of every other window showing into DIR and\n"
     "                      quit; the user's settings are read but never written\n"
     "  --close-after MS    close the main window MS milliseconds after it is shown\n"
@@ -91,6 +92,7 @@ void SaveScreenshots(tavena::TTavenaForm& main, const QString& folder) {
   monitor->show();
   QApplication::processEvents();
   monitor->grab().save(folder + QStringLiteral("/monitor.png"));
+  monitor->SaveExchangesPicture(folder + QStringLiteral("/monitor-exchanges.png"));
   tavena::TSerialPortsForm* ports = main.Windows().serial_ports;
   ports->show();
   ports->Portyzainstalowane1Click();

@@ -46,8 +46,6 @@ std::string OneLine(std::string text);
 // A UTF-8 text from the command line as Windows-1250; false (exit code 2
 // and the reason said) when it holds a character that code page lacks.
 bool ArgumentToCp1250(CliContext& ctx, const std::string& utf8, std::string& cp1250);
-// Upper-case hex pairs separated by single spaces.
-std::string HexPairs(const std::string& bytes);
 
 // Each subcommand registers the function that runs it once the whole
 // command line has been read.
@@ -55,5 +53,6 @@ using CommandList = std::vector<std::pair<CLI::App*, std::function<int()>>>;
 void AddOfflineCommands(CLI::App& app, CliContext& ctx, CommandList& commands);
 void AddPrinterCommands(CLI::App& app, CliContext& ctx, CommandList& commands);
 void AddFileCommands(CLI::App& app, CliContext& ctx, CommandList& commands);
+void AddHistoryCommand(CLI::App& app, CliContext& ctx, CommandList& commands);
 
 }  // namespace tavena

@@ -121,17 +121,6 @@ bool ArgumentToCp1250(CliContext& ctx, const std::string& utf8, std::string& cp1
   return false;
 }
 
-std::string HexPairs(const std::string& bytes) {
-  static const char* digits = "0123456789ABCDEF";
-  std::string out;
-  for (const unsigned char c : bytes) {
-    if (!out.empty()) out += ' ';
-    out += digits[c >> 4];
-    out += digits[c & 15];
-  }
-  return out;
-}
-
 int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
            bool terminal) {
   CliContext ctx{out, err, {}, 9600, false, terminal, "/sys"};
@@ -147,6 +136,7 @@ int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
   AddOfflineCommands(app, ctx, commands);
   AddPrinterCommands(app, ctx, commands);
   AddFileCommands(app, ctx, commands);
+  AddHistoryCommand(app, ctx, commands);
   LetOptionsFallThrough(app);
 
   const size_t sim = SimulatorPosition(args);

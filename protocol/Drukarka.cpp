@@ -1,6 +1,8 @@
 // The printer object: channel, exchange lines, frames and control bytes.
 #include "Drukarka.h"
 
+#include "Printererrors.h"
+#include "Runheader.h"
 #include "sequence/Clock.h"
 #include "sequence/Codepage.h"
 #include "sequence/Messagelanguage.h"
@@ -36,6 +38,14 @@ size_t BlockEnd(std::string_view stream, size_t pos, int limit) {
   return pos;
 }
 
+// A status byte that says "no communication" is no answer; ENQ's bit 2
+// tells whether the last command was interpreted.
+ExchangeResult ControlByteResult(uint8_t question, int got) {
+  if (NoCommunication(got < 0 ? -1 : static_cast<int8_t>(got))) return ExchangeResult::kNoAnswer;
+  if (question == kENQ && !(got & 0x04)) return ExchangeResult::kRefused;
+  return ExchangeResult::kConfirmed;
+}
+
 }  // namespace
 
 Drukarka::Drukarka() = default;
@@ -68,12 +78,16 @@ void Drukarka::SetPort(const std::string& name, int32_t bits_per_second) {
 bool Drukarka::Open() {
   line_not_quiet_ = false;
   if (port_name.empty()) return false;
+  if (!opened_) logging_from_start_ = logging_;
+  opened_ = true;
+  if (logging_) WriteRunHeader();
   if (com.IsOpen()) com.Close();
   com.baud_rate = speed;
   return com.Open(port_name.c_str(), 1);
 }
 
 bool Drukarka::Close() {
+  FlushExchange();
   return com.Close();
 }
 
@@ -119,6 +133,56 @@ void Drukarka::Progress(const std::string& text) {
   WriteLine(text);
 }
 
+// ---- Run header ----
+
+std::string Drukarka::RunKey() const {
+  return LogFolder() + "/" + LogBaseNameOf(port_name);
+}
+
+RunHeader Drukarka::CurrentRunHeader() const {
+  return {port_name,          speed, model_name_, software_version_, status_.unique_number,
+          logging_from_start_};
+}
+
+void Drukarka::WriteRunHeader() {
+  if (!FirstTimeInRun(RunKey())) return;
+  LogToPortFile(RunHeaderLine(CurrentRunHeader()).c_str(), LogBaseNameOf(port_name).c_str());
+  if (!status_.unique_number.empty()) FirstTimeInRun("id " + RunKey());
+}
+
+void Drukarka::WriteIdentityHeader() {
+  if (!logging_ || status_.unique_number.empty() || !FirstTimeInRun("id " + RunKey())) return;
+  LogToPortFile(IdentityHeaderLine(CurrentRunHeader()).c_str(), LogBaseNameOf(port_name).c_str());
+}
+
+// ---- Exchange records ----
+
+void Drukarka::BeginExchange(std::string_view question, bool sent) {
+  FlushExchange();
+  question_end_ms_ = NowMs();
+  ExchangeRecord record;
+  record.time = CurrentClock().Local();
+  record.port = port_name;
+  record.question = std::string(question);
+  pending_ = std::move(record);
+  if (!sent) FinishExchange({}, ExchangeResult::kNotSent);
+}
+
+void Drukarka::FinishExchange(std::string_view answer, ExchangeResult result, bool timed) {
+  if (!pending_) return;
+  ExchangeRecord record = std::move(*pending_);
+  pending_.reset();
+  record.answer = std::string(answer);
+  if (timed && !answer.empty()) record.response_ms = static_cast<int>(NowMs() - question_end_ms_);
+  record.result = result;
+  record.meaning = ExchangeMeaning(record.question, record.answer);
+  if (exchanges) exchanges->Exchange(record);
+}
+
+void Drukarka::FlushExchange() {
+  FinishExchange({}, ExchangeResult::kSent);
+}
+
 // ---- Frames ----
 
 bool Drukarka::SendBytes(std::string_view bytes) {
@@ -128,7 +192,9 @@ bool Drukarka::SendBytes(std::string_view bytes) {
 bool Drukarka::SendFrame(std::string_view body, bool with_sum) {
   const std::string frame = BuildFrame(body, with_sum);
   LogQuestion(frame);
-  return SendBytes(frame);
+  const bool sent = SendBytes(frame);
+  BeginExchange(frame, sent);
+  return sent;
 }
 
 bool Drukarka::SendFramed(std::string_view body) {
@@ -146,6 +212,9 @@ bool Drukarka::ReadAnswer(int timeout_ms) {
   answer = FromMazovia(reply.ToString());
   if (com.ReadCut()) ReportNotQuiet(ReadLimitMs(timeout_ms));
   const bool complete = answer.size() >= 2 && answer.compare(answer.size() - 2, 2, "\x1b\\") == 0;
+  // An answer cut short keeps its bytes, but not a response time.
+  FinishExchange(reply.View(), complete ? ExchangeResult::kConfirmed : ExchangeResult::kNoAnswer,
+                 complete);
   if (complete)
     LogAnswerText(answer);
   else
@@ -178,7 +247,11 @@ int Drukarka::PollForByte(int polls, int poll_ms) {
 int Drukarka::QueryControlByte(uint8_t byte, int polls, int poll_ms) {
   const std::string question(1, static_cast<char>(byte));
   LogQuestion(question);
-  const int got = SendBytes(question) ? PollForByte(polls, poll_ms) : -1;
+  const bool sent = SendBytes(question);
+  BeginExchange(question, sent);
+  const int got = sent ? PollForByte(polls, poll_ms) : -1;
+  FinishExchange(got < 0 ? std::string() : std::string(1, static_cast<char>(got)),
+                 ControlByteResult(byte, got));
   if (got < 0) {
     LogNoAnswer();
     return -1;
@@ -198,7 +271,9 @@ int Drukarka::QueryDLE() {
 bool Drukarka::SendBEL() {
   const std::string bell(1, static_cast<char>(kBEL));
   LogQuestion(bell);
-  return SendBytes(bell);
+  const bool sent = SendBytes(bell);
+  BeginExchange(bell, sent);
+  return sent;
 }
 
 // ---- Streams in confirmed blocks ----
@@ -212,12 +287,18 @@ bool Drukarka::AwaitBlockConfirmation() {
     if (!got.empty()) {
       const uint8_t last = static_cast<uint8_t>(got.back());
       LogAnswerByte(last);
-      if ((last >> 4) == 6) return (last & 0x04) != 0;
+      if ((last >> 4) == 6) {
+        const bool confirmed = (last & 0x04) != 0;
+        FinishExchange(got, confirmed ? ExchangeResult::kConfirmed : ExchangeResult::kRefused);
+        return confirmed;
+      }
+      FinishExchange(got, ExchangeResult::kNoAnswer);
       LogQuestion(enq);
-      SendBytes(enq);
+      BeginExchange(enq, SendBytes(enq));
     }
     if (allowance <= 0 || com.DeviceGone()) {
       LogNoAnswer();
+      FinishExchange({}, ExchangeResult::kNoAnswer);
       return false;
     }
     PumpMessages();
@@ -236,7 +317,9 @@ bool Drukarka::SendStreamConfirmed(const iBuffer& stream, int block_limit) {
     pos = end;
     LogQuestion(block);
     block += static_cast<char>(kENQ);
-    if (!SendBytes(block)) return false;
+    const bool sent = SendBytes(block);
+    BeginExchange(block, sent);
+    if (!sent) return false;
     if (!AwaitBlockConfirmation()) return false;
     if (stream_progress) stream_progress(pos, bytes.size());
   }

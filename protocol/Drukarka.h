@@ -14,13 +14,16 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Answerparse.h"
+#include "Exchange.h"
 #include "Fiscalbiblio.h"
 #include "Formsink.h"
+#include "Runheader.h"
 #include "transport/Fastcom.h"
 
 namespace tavena {
@@ -67,7 +70,8 @@ class Drukarka {
   int32_t default_wait_ms = 2000;
   std::string label1;  // two labels of up to 19 characters shown in every log line
   std::string label2;
-  MonitorSink* monitor = nullptr;  // not owned; gets every exchange line when set
+  MonitorSink* monitor = nullptr;     // not owned; gets every exchange line when set
+  ExchangeSink* exchanges = nullptr;  // not owned; gets every exchange as a record when set
   // Called after each confirmed block of SendStreamConfirmed with the bytes
   // of the stream sent so far and the stream's length (none when empty).
   std::function<void(size_t done, size_t total)> stream_progress;
@@ -169,6 +173,19 @@ class Drukarka {
   void ReportNotQuiet(int limit_ms);
   void Progress(const std::string& text);
 
+  // Exchange records: a question waits for its answer until the next
+  // question, a read or Close; one without an answer read is kSent.
+  void BeginExchange(std::string_view question, bool sent);
+  // timed: the answer was read as it came, so its time is the response time.
+  void FinishExchange(std::string_view answer, ExchangeResult result, bool timed = true);
+  void FlushExchange();
+  // The log's run header before this run's first line to the port's file,
+  // and the printer's identity once its unique number is known.
+  std::string RunKey() const;  // the port's log file
+  RunHeader CurrentRunHeader() const;
+  void WriteRunHeader();
+  void WriteIdentityHeader();
+
   bool SendBytes(std::string_view bytes);
   bool SendFrame(std::string_view body, bool with_sum);
   int QueryControlByte(uint8_t byte, int polls, int poll_ms);
@@ -192,6 +209,12 @@ class Drukarka {
   void SendComposite(bool long_mode);
 
   bool logging_ = false;
+  bool opened_ = false;              // Open has been called
+  bool logging_from_start_ = false;  // logging was on before the first Open
+  std::optional<ExchangeRecord> pending_;
+  int64_t question_end_ms_ = 0;
+  std::string model_name_;  // from the last identity read
+  std::string software_version_;
   bool last_read_ok_ = false;
   bool line_not_quiet_ = false;
   StatusRecord status_;

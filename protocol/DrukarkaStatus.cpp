@@ -125,6 +125,8 @@ const std::string& Drukarka::ReadIdentity(int part) {
 // families that carry one (type codes 4 and 6).
 void Drukarka::TakeIdentity(const IdentityAnswer& id) {
   if (!id.has_command) return;
+  model_name_ = id.name;
+  software_version_ = id.version;
   type_code = id.type_code;
   if (type_code == 4 || type_code == 6) subtype = id.subtype;
 }
@@ -149,6 +151,7 @@ const std::string& Drukarka::ReadStatus(int parameter, int selector) {
     answer.clear();
     return answer;
   }
+  WriteIdentityHeader();
   answer = FormatStatusField(status_, selector);
   return answer;
 }
@@ -157,7 +160,11 @@ bool Drukarka::ReadFirstReportDate(std::string& text) {
   for (int attempt = 0; attempt < kReportTries; ++attempt) {
     if (!SendFramed("2;0;0;1#r")) return false;
     SleepMs(kReportWaitMs);
-    const std::string got = FromMazovia(ReadWaiting());
+    const std::string raw = ReadWaiting();
+    // Taken after a fixed wait: when its last byte came is not known.
+    FinishExchange(raw, raw.empty() ? ExchangeResult::kNoAnswer : ExchangeResult::kConfirmed,
+                   false);
+    const std::string got = FromMazovia(raw);
     LogAnswerText(got);
     int year = 0, month = 0, day = 0;
     if (FindReportDate(got, year, month, day)) {

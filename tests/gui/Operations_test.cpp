@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <array>
 
+#include "app/Texts.h"
 #include "tests/gui/Guifakes.h"
 #include "windows/Info.h"
 
@@ -25,7 +26,8 @@ class Operations : public test::WindowTest {
     link->found_port = "com5";
     link->fields = {{"ETypDrukarki", type},
                     {"EFiskalny", "Tryb szkoleniowy."},
-                    {"ECzasDrukarki", "2012-05-14 09:03"}};
+                    {"ECzasDrukarki", "2012-05-14 09:03"},
+                    {"ENumerPF", "ABC12345678"}};
     WindowTest::Start();
     Messages();
   }
@@ -47,6 +49,17 @@ class Operations : public test::WindowTest {
     return commands;
   }
   size_t seen = 0;
+  // Service record lines written since the last call (the heading left out).
+  QStringList Service() {
+    QStringList lines = FromCp1250(test::ReadFile(dir.file("rejestr_serwisowy.csv")))
+                            .split("\r\n", Qt::SkipEmptyParts)
+                            .mid(1);
+    lines = lines.mid(service_seen);
+    service_seen += lines.size();
+    return lines;
+  }
+  qsizetype service_seen = 0;
+  test::ScopedEnv logs{"TAVENA_LOG_DIR", dir.str()};
 };
 
 TEST_F(Operations, HeaderByteCounter) {
@@ -144,6 +157,12 @@ TEST_F(Operations, ClockRatesAndHeader) {
   form->WHeaderClick();
   EXPECT_EQ(Commands(), "$f ");
   EXPECT_EQ(sim->State().header_changes, 1);
+  // What the printer confirmed, with the unique number and model the window shows.
+  const QString at = "2012-05-14 09:03:07;ABC12345678;TAVENA LUMEN;";
+  EXPECT_EQ(Service(),
+            QStringList({at + "Zegar;2012-05-14 09:03:07;tak", at + "Zegar;2026-11-21 12:00;tak",
+                         at + "Stawki VAT;\"23.00;8.00;zw;0.00;-1;-1;5.00;\";tak",
+                         at + U("Nagłówek;Sklep Żółw;tak")}));
 }
 
 TEST_F(Operations, ReportsAndTheTestReceipt) {
@@ -174,6 +193,10 @@ TEST_F(Operations, ReportsAndTheTestReceipt) {
   EXPECT_EQ(Commands(), "#r #o $h $l $e ");
   EXPECT_EQ(sim->State().receipts, 1);
   EXPECT_TRUE(Messages().isEmpty());
+  const QString at = "2012-05-14 09:03:07;ABC12345678;TAVENA LUMEN;";
+  EXPECT_EQ(Service(), QStringList({at + "Raport dobowy;2012-05-14;tak",
+                                    at + "Raport okresowy;2012-05-10 - 2012-05-10;tak",
+                                    at + "Paragon testowy;;tak"}));
 }
 
 TEST_F(Operations, FiscalisationOfANewerPrinterWithNoOptionalSteps) {
@@ -200,6 +223,9 @@ TEST_F(Operations, FiscalisationOfANewerPrinterWithNoOptionalSteps) {
   EXPECT_EQ(sim->State().nip, "1234567890");
   EXPECT_GE(clock.NowMs() - before, 600);  // 300 ms after each step
   EXPECT_EQ(link->calls.back(), "fill com5 9600");
+  const QString at = "2012-05-14 09:03:07;ABC12345678;TAVENA QX-1 RX;";
+  EXPECT_EQ(Service(), QStringList({at + "Raport dobowy;2012-05-14;tak",
+                                    at + "Fiskalizacja;NIP 1234567890;tak"}));
 }
 
 TEST_F(Operations, FiscalisationOfAnOlderPrinter) {
@@ -223,12 +249,24 @@ TEST_F(Operations, FiscalisationOfAnOlderPrinter) {
   form->FiskalizacjaClick();
   EXPECT_EQ(Messages().size(), 3);  // list, the jumper, the rates' confirmation
   EXPECT_EQ(Commands(), "#r $f $c $f $c $p #r ");
+  const QString at = "2012-05-14 09:03:0";
+  EXPECT_EQ(Service(),
+            QStringList({at + "7;ABC12345678;TAVENA LUMEN;Raport dobowy;2012-05-14;tak",
+                         at + U("7;ABC12345678;TAVENA LUMEN;Nagłówek;Sklep;tak"),
+                         at + "8;ABC12345678;TAVENA LUMEN;Zegar;2012-05-14 09:03:08;tak",
+                         at + "8;ABC12345678;TAVENA LUMEN;Fiskalizacja;NIP 123-45-67-890;tak",
+                         at + "9;ABC12345678;TAVENA LUMEN;Zegar;2012-05-14 09:03:09;tak",
+                         at + "9;ABC12345678;TAVENA LUMEN;Stawki VAT;"
+                              "\"23.00;8.00;5.00;0.00;-1;-1;zw;\";tak",
+                         at + "9;ABC12345678;TAVENA LUMEN;Raport dobowy;2012-05-14;tak"}));
 
   // Cancel after fiscalising ends the procedure there.
   dialogs.answers = {true, false};
   Tick("FDateCheck", false);
   form->FiskalizacjaClick();
   EXPECT_EQ(Commands(), "#r $f $f ");
+  // A printer fiscalised already refuses it.
+  EXPECT_TRUE(Service().last().endsWith(";Fiskalizacja;NIP 123-45-67-890;nie"));
 }
 
 }  // namespace
