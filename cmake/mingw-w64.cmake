@@ -15,3 +15,18 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # Programs run without the compiler's DLLs beside them.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
+
+# A Qt built for Windows by scripts/build-qt-mingw (the mingw-gui preset):
+# TAVENA_QT_MINGW names its folder; empty means the one that script has
+# cached. Its moc, uic and rcc are Debian's host tools.
+if(DEFINED TAVENA_QT_MINGW)
+  if(NOT TAVENA_QT_MINGW)
+    execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/../scripts/build-qt-mingw --print-prefix
+                    OUTPUT_VARIABLE TAVENA_QT_MINGW OUTPUT_STRIP_TRAILING_WHITESPACE)
+  endif()
+  if(EXISTS ${TAVENA_QT_MINGW}/lib/cmake/Qt6)
+    list(APPEND CMAKE_FIND_ROOT_PATH ${TAVENA_QT_MINGW})
+    set(QT_HOST_PATH /usr)
+    set(QT_HOST_PATH_CMAKE_DIR /usr/lib/x86_64-linux-gnu/cmake)
+  endif()
+endif()
