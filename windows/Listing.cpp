@@ -60,6 +60,11 @@ void TListingForm::CannotWrite(const QString& path) {
               windowTitle());
 }
 
+// The folder of the last save, in the system's own form (C:\x on Windows).
+void TListingForm::RememberFolder(const QString& path) {
+  Settings().list_path = ToCp1250(QDir::toNativeSeparators(QFileInfo(path).absolutePath()));
+}
+
 void TListingForm::Koniec1Click() {
   close();
 }
@@ -70,7 +75,7 @@ void TListingForm::Zapisz1Click() {
       FromUtf8("Zapis pliku na dysk."), FromCp1250(Settings().list_path), FromUtf8("Listing.log")};
   const std::optional<QString> path = Dialogs().SaveFile(this, request);
   if (!path) return;
-  Settings().list_path = ToCp1250(QFileInfo(*path).absolutePath());
+  RememberFolder(*path);
   if (!WriteLines(*path, Lines())) CannotWrite(*path);
 }
 
@@ -104,7 +109,7 @@ void TListingForm::ZapiszCsv1Click() {
                                   FromCp1250(Settings().list_path), FromUtf8("Wymiana.csv")};
   const std::optional<QString> path = Dialogs().SaveFile(this, request);
   if (!path) return;
-  Settings().list_path = ToCp1250(QFileInfo(*path).absolutePath());
+  RememberFolder(*path);
   QFile file(*path);
   const QByteArray bytes = exchanges_->Csv();
   if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size())

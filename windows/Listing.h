@@ -47,6 +47,7 @@ class TListingForm : public TBaseForm, public MonitorSink, public ExchangeSink {
 
  private:
   void CannotWrite(const QString& path);
+  static void RememberFolder(const QString& path);
 
   std::unique_ptr<Ui::TListingForm> ui;
   TExchangeView* exchanges_ = nullptr;

@@ -226,7 +226,9 @@ TEST_F(LivePorts, BusyDefersTheRebuildPulledPortIsNamedPluggedPrinterIsOffered) 
 // The printer's line closes in the middle of an exchange: the channel sees
 // the port gone, and the operation ends at once naming it (a silent printer
 // would hold the status read for its 2 s time-out).
-TEST_F(LivePorts, LineClosedMidExchangeEndsAtOnceNamingThePort) {
+using VanishedPort = test::WindowTest;
+
+TEST_F(VanishedPort, LineClosedMidExchangeEndsAtOnceNamingThePort) {
   Create();
   Start();
   sim->Faults().close_after_frames = 0;
