@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "protocol/Servicerecord.h"
+
 namespace CLI {
 class App;
 }
@@ -28,6 +30,9 @@ struct CliContext {
   bool log = false;
   bool terminal = false;  // standard output is a terminal (progress bar)
   std::string sysfs = "/sys";
+  // Programming operations of this run, written to the service record when
+  // the port is left.
+  std::vector<ServiceEntry> service;
 };
 
 // Runs the tool on UTF-8 arguments (args[0] is the program name); terminal

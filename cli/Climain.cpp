@@ -123,7 +123,7 @@ bool ArgumentToCp1250(CliContext& ctx, const std::string& utf8, std::string& cp1
 
 int RunCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
            bool terminal) {
-  CliContext ctx{out, err, {}, 9600, false, terminal, "/sys"};
+  CliContext ctx{out, err, {}, 9600, false, terminal, "/sys", {}};
   MessageLanguage = ChooseLanguage("");
 
   CLI::App app("Service tool for TAVENA fiscal printers", "tavena");

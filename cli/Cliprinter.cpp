@@ -11,6 +11,7 @@
 #include "Cli.h"
 #include "Cliplatform.h"
 #include "Cliprogress.h"
+#include "protocol/Answerparse.h"
 #include "protocol/Drukarka.h"
 #include "protocol/Inputcheck.h"
 #include "protocol/Printererrors.h"
@@ -120,6 +121,22 @@ int ConfirmAndSay(CliContext& ctx, Drukarka& d) {
 
 PrinterDate ToPrinterDate(const DateTimeValue& d) {
   return PrinterDate{d.year, d.month, d.day};
+}
+
+// The run's operations with the printer's model and unique number, read once
+// after them; empty when the printer does not answer.
+void WriteServiceRecord(CliContext& ctx, Drukarka& d) {
+  if (ctx.service.empty()) return;
+  const std::string model = d.ReadIdentity(1);
+  const std::string number = d.LastReadOk() ? d.ReadStatus(0, kStatusUniqueNumber) : "";
+  for (ServiceEntry& entry : ctx.service) {
+    entry.model = model;
+    entry.unique_number = number;
+    if (!AppendServiceRecord(entry))
+      ctx.err << MsgUtf8("tavena: uwaga: nie można zapisać ", "tavena: warning: cannot write ")
+              << ServiceRecordPath() << '\n';
+  }
+  ctx.service.clear();
 }
 
 // ---- info ----
@@ -254,7 +271,8 @@ int RunClock(CliContext& ctx, const ClockOptions& o) {
     if (o.set_system || !o.set.empty()) {
       d.SetClock(t.year, t.month, t.day, t.hour, t.minute, t.second);
       SleepMs(100);
-      code = Confirm(ctx, d);
+      const LocalTime set{t.year, t.month, t.day, t.hour, t.minute, t.second, 0};
+      code = Recorded(ctx, service::Clock(), ClockDetails(set), Confirm(ctx, d));
     }
     ctx.out << d.ReadClock() << '\n';
     if (code != kExitDone) return code;
@@ -341,7 +359,8 @@ int RunDailyReport(CliContext& ctx) {
     if (!CheckDailyReportDate(clock, CurrentClock().Local(), date, message))
       return Fail(ctx, kExitPrinter, message);
     d.ReportByNumber(1, ToPrinterDate(date));
-    return ConfirmAndSay(ctx, d);
+    return Recorded(ctx, service::DailyReport(), DateDetails(ToPrinterDate(date)),
+                    ConfirmAndSay(ctx, d));
   });
 }
 
@@ -360,7 +379,9 @@ int RunPeriodicReport(CliContext& ctx, const PeriodOptions& o) {
     return Fail(ctx, kExitUsage, message);
   return WithPrinter(ctx, [&](Drukarka& d) {
     d.PeriodicReport(ToPrinterDate(from), ToPrinterDate(to), o.param);
-    return ConfirmAndSay(ctx, d);
+    return Recorded(ctx, service::PeriodicReport(),
+                    DateDetails(ToPrinterDate(from)) + " - " + DateDetails(ToPrinterDate(to)),
+                    ConfirmAndSay(ctx, d));
   });
 }
 
@@ -369,7 +390,7 @@ int RunPeriodicReport(CliContext& ctx, const PeriodOptions& o) {
 int RunReceiptTest(CliContext& ctx) {
   return WithPrinter(ctx, [&](Drukarka& d) {
     d.TestReceipt();
-    return ConfirmAndSay(ctx, d);
+    return Recorded(ctx, service::TestReceipt(), "", ConfirmAndSay(ctx, d));
   });
 }
 
@@ -392,11 +413,12 @@ int RunFiscalise(CliContext& ctx, const std::string& nip_utf8) {
           Msg("Brak odczytanej daty z drukarki.", "No date has been read from the printer."));
     d.ReportByNumber(1, ToPrinterDate(date));
     SleepMs(300);
-    int result = Confirm(ctx, d);
+    int result =
+        Recorded(ctx, service::DailyReport(), DateDetails(ToPrinterDate(date)), Confirm(ctx, d));
     if (result == kExitDone) {
       d.Fiscalise(0, nip);
       SleepMs(300);
-      result = Confirm(ctx, d);
+      result = Recorded(ctx, service::Fiscalisation(), "NIP " + nip, Confirm(ctx, d));
     }
     if (result == kExitDone) mode = d.ReadStatus(0, kStatusFiscal);
     return result;
@@ -539,8 +561,19 @@ int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work) {
   int code;
   if (!Connect(ctx, d, code)) return code;
   code = work(d);
+  WriteServiceRecord(ctx, d);
   d.Close();
   return FailureReason(ctx, d, code);
+}
+
+int Recorded(CliContext& ctx, const std::string& operation, const std::string& details, int code) {
+  ServiceEntry entry;
+  entry.time = CurrentClock().Local();
+  entry.operation = operation;
+  entry.details = details;
+  entry.confirmed = code == kExitDone;
+  ctx.service.push_back(entry);
+  return code;
 }
 
 bool HeaderAccepted(CliContext& ctx, const HeaderText& h) {
@@ -567,14 +600,14 @@ int WriteHeader(CliContext& ctx, Drukarka& d, const HeaderText& h) {
     lines.push_back(HeaderLine{
         h.lines[i], (h.large[i] ? kHeaderDoubleWidth : 0) | (h.centre[i] ? kHeaderCentre : 0)});
   d.SetHeader(lines);
-  return ConfirmAndSay(ctx, d);
+  return Recorded(ctx, service::Header(), HeaderDetails(lines), ConfirmAndSay(ctx, d));
 }
 
 int WriteVatRates(CliContext& ctx, Drukarka& d, const VatRates& rates) {
   d.ReadIdentity(1);  // the wire form of the rates depends on the subtype
   if (d.LineNotQuiet()) return kExitPrinter;
   d.SetVatRates(rates);
-  return Confirm(ctx, d);
+  return Recorded(ctx, service::VatRates(), FormatRates(rates), Confirm(ctx, d));
 }
 
 void SayConfirmVatRates(CliContext& ctx) {

@@ -17,6 +17,10 @@ class Drukarka;
 // the result is work's exit code.
 int WithPrinter(CliContext& ctx, const std::function<int(Drukarka&)>& work);
 
+// Notes a programming operation for the service record: confirmed when code,
+// its confirmation's exit code, is kExitDone. Returns code.
+int Recorded(CliContext& ctx, const std::string& operation, const std::string& details, int code);
+
 // The window's checks; false (exit code 2, the reason said) when refused.
 bool HeaderAccepted(CliContext& ctx, const HeaderText& h);
 bool VatRatesAccepted(CliContext& ctx, const std::vector<std::string>& texts, VatRates& rates);

@@ -44,6 +44,7 @@ class CliTest : public ::testing::Test {
  protected:
   TempDir dir_;
   test::ScopedEnv xdg_{"XDG_CONFIG_HOME", dir_.file("config")};
+  test::ScopedEnv logs_{"TAVENA_LOG_DIR", dir_.str()};  // logs and service record
 };
 
 TEST_F(CliTest, FrameAndCompile) {
@@ -170,6 +171,17 @@ class CliPrinterTest : public CliTest {
     args.insert(args.end(), {"--port", "com5"});
     return Tavena(args);
   }
+  // The service record's lines without the heading, their time and CR LF.
+  std::vector<std::string> Service() const {
+    std::istringstream in(test::ReadFile(dir_.file("rejestr_serwisowy.csv")));
+    std::vector<std::string> lines;
+    std::string line;
+    for (std::getline(in, line); std::getline(in, line);) {
+      EXPECT_EQ(line.rfind("2012-05-14 09:0", 0), 0u) << line;
+      lines.push_back(line.substr(20, line.size() - 21));
+    }
+    return lines;
+  }
   bool Got(const std::string& body) const {
     return sim_->Record().received.find(body) != std::string::npos;
   }
@@ -210,6 +222,12 @@ TEST_F(CliPrinterTest, StatusBytesFindAndInfo) {
   EXPECT_EQ(r.err, "tavena: Drukarka nie odpowiada na porcie com5.\n");
   EXPECT_LT(clock_.NowMs() - start, 8000);
   EXPECT_EQ(At({"enq"}).code, 1);
+  EXPECT_EQ(At({"receipt-test"}).code, 1);
+  // Model and unique number are empty when the printer does not answer.
+  EXPECT_EQ(Service(),
+            std::vector<std::string>(
+                {"BLM01000017;TAVENA LUMEN;Stawki VAT;\"23.00;8.00;5.00;0.00;-1;zw;-1;\";tak",
+                 ";;Paragon testowy;;nie"}));
 }
 
 TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
@@ -220,7 +238,6 @@ TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
   EXPECT_EQ(sim_->Record().received, first + "\x05" + second + "\x05");
   // --log: the exchange is in <log dir>/<port's base name>_log.txt (on
   // Windows the log folder is d: or c:, checked by the channel's tests).
-  test::ScopedEnv log_dir("TAVENA_LOG_DIR", dir_.str());
   CliRun r = At({"clock", "--set", "2025-06-07 08:09:10", "--log"});
   EXPECT_EQ(r.out, "2025-06-07 08:09\n");
 #ifndef _WIN32
@@ -251,6 +268,16 @@ TEST_F(CliPrinterTest, ProgrammingCommandsSendTheirFrames) {
   r = At({"fiscalise", "--nip", "123-45-67-890"});  // already fiscal: error 13
   EXPECT_EQ(r.code, 1);
   EXPECT_EQ(r.err, "tavena: Drukarka nie przyjęła rozkazu (ENQ 0x69).\n");
+  const std::string at = "BLM01000017;TAVENA LUMEN;";
+  EXPECT_EQ(Service(),
+            std::vector<std::string>(
+                {at + "Zegar;2025-06-07 08:09:10;tak", at + "Zegar;2012-05-14 09:03:00;tak",
+                 at + "Nag\xB3\xF3wek;Sklep | \xA3\xF3"
+                      "d\x9F;tak",
+                 at + "Paragon testowy;;tak", at + "Raport okresowy;2012-05-01 - 2012-05-14;tak",
+                 at + "Daily report;2012-05-14;yes", at + "Fiscalisation;NIP 123-45-67-890;yes",
+                 at + "Raport dobowy;2012-05-14;tak", at + "Raport dobowy;2012-05-14;tak",
+                 at + "Fiskalizacja;NIP 123-45-67-890;nie"}));
 }
 
 TEST_F(CliPrinterTest, FileCommandsDecompileShowAndProgram) {
@@ -280,6 +307,15 @@ TEST_F(CliPrinterTest, FileCommandsDecompileShowAndProgram) {
   EXPECT_EQ(sim_->State().header.at(0), "\x0ESklep\x14");
   EXPECT_EQ(sim_->State().rates[0], 22);
   EXPECT_EQ(sim_->State().rates[5], kSimRateExempt);
+  // One identity question before the rates, one for the record of both.
+  const auto& frames = sim_->Record().frames;
+  EXPECT_EQ(
+      std::count_if(frames.begin(), frames.end(), [](const auto& f) { return f.command == "#v"; }),
+      2);
+  EXPECT_EQ(Service(), std::vector<std::string>(
+                           {"BLM01000017;TAVENA LUMEN;Nag\xB3\xF3wek;Sklep | ul. D\xB3uga;tak",
+                            "BLM01000017;TAVENA LUMEN;Stawki VAT;"
+                            "\"22.00;7.00;3.00;0.00;-1;zw;-1;\";tak"}));
   test::WriteFile(dir_.file("b.pod"), "PTUA=22\r\n");  // empty header line 1
   EXPECT_EQ(At({"program", dir_.file("b.pod")}).code, 2);
 }
