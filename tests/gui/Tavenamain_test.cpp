@@ -48,7 +48,6 @@ TEST_F(MainWindowTest, EveryWindowExistsOnceInStartUpOrderWithItsCaptionAndMenus
 
   form->findChild<QAction*>("MonitorLogi1")->trigger();
   EXPECT_TRUE(form->Windows().listing->isVisible());
-  EXPECT_TRUE(Settings().list.showing);
 
   form->findChild<QAction*>("Oprogramie1")->trigger();
   EXPECT_TRUE(form->Windows().about->isVisible());
