@@ -137,9 +137,6 @@ TEST(DrukarkaAnswersTest, PrinterErrorTable) {
   EXPECT_EQ(PrinterErrorText(99).substr(0, 41), Cp("Sekwencja niedozwolona w trybie „Tylko do"));
   EXPECT_EQ(PrinterErrorText(96), Cp("Przekroczony limit czasu na wydruk paragonu (20 minut).\n"
                                      "Paragon anulowany przez drukarkę automatycznie."));
-  int with_text = 0;
-  for (int n = 0; n <= 99; ++n) with_text += !PrinterErrorText(n).empty();
-  EXPECT_EQ(with_text, 64);
   for (int n : {15, 52, 60, 82, 87, 88, 89, 97, 100, 255, -1})
     EXPECT_EQ(PrinterErrorText(n), "") << n;
 }

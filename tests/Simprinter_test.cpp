@@ -91,8 +91,6 @@ TEST_F(SimPrinterTest, ClockFollowsTheHostAndItsFiscalRules) {
        "12;5;31;24;0;0$c"});
   Run(*p, 3, {"12;5;31;23;0$c"});
   EXPECT_EQ(p->Commands().ClockText(), "1#C12;06;01;00;00;00;");
-  Talk(*p, Framed("50;1;2;3;4;5$c"));
-  EXPECT_EQ(p->PrinterClock().Now().year, 1950);
 
   // Fiscal: not before the last record; more than an hour once per report.
   auto fiscal = Make("LUMEN");
