@@ -148,11 +148,6 @@ TEST_F(SimPrinterTest, ReceiptsReportsAndOtherCommands) {
   // Refusals inside a receipt clear bit 0 and leave the receipt open.
   Run(*p, -1, {"0$h"});
   Run(*p, 99, {"0$h"});
-  Run(*p, 16, {"1$l\r1\rA/0.01/0.01/"});
-  Run(*p, 17, {"1$lX\r\rA/0.01/0.01/"});
-  Run(*p, 18, {"1$lX\r1\rH/0.01/0.01/"});
-  Run(*p, 19, {"1$lX\r1\rA/0,0x/0.01/"});
-  Run(*p, 20, {"1$lX\r3\rA/0.10/0.31/"});
   Run(*p, 34, {"1;2$lX\r1\rA/0.10/0.10/"});
   EXPECT_EQ(Enq(*p), "62");
   Run(*p, -1, {"1;2$lX\r3\rB/0.10/0.30/5/"});
