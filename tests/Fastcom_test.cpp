@@ -118,7 +118,7 @@ TEST_F(FastComFake, OpenByNumberOrByNameProgramsTheDevice) {
   EXPECT_EQ(dev().opened_names, Lines({"COM9", "COM9", "\\\\.\\com10"}));  // as given below 10
 }
 
-TEST_F(FastComFake, LogLinesCaptureAndHoldOpen) {
+TEST_F(FastComFake, LogLinesAndCapture) {
   dev().open_error = EACCES;
   com_.SetLogging(true);
   EXPECT_FALSE(com_.Open("com2", 1));
@@ -155,15 +155,6 @@ TEST_F(FastComFake, LogLinesCaptureAndHoldOpen) {
   EXPECT_TRUE(com_.Send(iBuffer("E")));
   EXPECT_EQ(captured.ToString(), "ABCDE");
   EXPECT_EQ(Log(), Lines({"Zapis do pliku.", "Zapis do pliku."}));
-
-  // Hold open: Close answers true and keeps the device.
-  com_.SetLogging(false);
-  com_.capture_buffer = nullptr;
-  com_.hold_open = true;
-  ASSERT_TRUE(com_.Open("com7", 1));
-  EXPECT_TRUE(com_.Close());
-  EXPECT_FALSE(dev().closed);
-  EXPECT_TRUE(com_.Send(iBuffer("EF")));
 }
 
 TEST_F(FastComFake, ByteModeObservesXoffForAtMostThirtyMs) {
@@ -285,19 +276,6 @@ TEST_F(FastComFake, ReadsAndQueues) {
     EXPECT_TRUE(Now() - start >= limit && Now() - start < limit + 20) << Now() - start;
     dev().arrivals.clear();
   }
-
-  // Silence ends a read without its terminator; a terminator before a zero byte
-  // ends it at once only with match anywhere.
-  const std::string zeroed("ab\x03\0xy", 6);
-  for (const bool anywhere : {false, true}) {
-    com_.match_anywhere = anywhere;
-    dev().arrivals.emplace(Now(), zeroed);
-    start = Now();
-    EXPECT_TRUE(com_.ReadUntil(reply, 40, "\x03"));
-    EXPECT_EQ(reply.ToString(), zeroed);
-    EXPECT_EQ(Now() - start, anywhere ? 0 : 40);
-  }
-  com_.match_anywhere = false;
 
   // The receive line holds the first 80 bytes.
   com_.SetLogging(true);
