@@ -146,15 +146,13 @@ TEST_F(DrukarkaSimTest, FillStatusFields) {
   EXPECT_EQ(bench.LastFrame().text, "2;0;0;1#r96");
 
   // Only the form's fields are asked; the mode follows the fiscal flag; no
-  // first report gives "Brak" after three tries of 3000 ms.
+  // first report gives "Brak" after three tries.
   Bench fiscal("LUMEN");
   fiscal.state().fiscal = true;
-  const int64_t start = NowMs();
   EXPECT_EQ(
       Fill(fiscal.printer, RecordingForm({"EFiskalny", "EDataPierwszegoRD"})),
       "EFiskalny=Tryb fiskalny.|EDataPierwszegoRD=" + Cp("Początek") + "|EDataPierwszegoRD=Brak|");
-  EXPECT_EQ(fiscal.Frames(), 4u);
-  EXPECT_GE(NowMs() - start, 2 * 100 + 3 * 3000);
+  EXPECT_EQ(fiscal.Frames(), 4u);  // the status, then the report query three times
 
   // Silent: only the first query goes out; every field takes its default.
   Bench silent("LUMEN");
