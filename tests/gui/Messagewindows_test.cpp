@@ -104,9 +104,6 @@ TEST(ErrorWindow, LooksUpTheCodeAsTheUserTypes) {
     QApplication::sendEvent(edit, &press);
   };
   type("1");
-  EXPECT_EQ(window.Description(),
-            QStringList({U("Nie zainicjalizowany zegar RTC."),
-                         U("Ustawić zegar z menu serwisowego lub"), U("przesłać z aplikacji")}));
   type("2");
   EXPECT_EQ(edit->text(), "12");
   EXPECT_EQ(window.Description(), QStringList({U("Błędny nagłówek (np. Za długi "),
