@@ -94,8 +94,6 @@ TEST(SeqCompileClass, MessagesCarryLineCountsInBothLanguages) {
        "2: Absence of end mark.\n2: There is 1 error.\n"},
       {"", "", "0: Input file is empty.\n0: There is 1 error.\n"},
       {R"(Seq =A\<end>)", "", "1: Input file is empty.\n1: There is 1 error.\n"},
-      {"seq = A\\<end>\nseq = B\\q\\w\\<end>", "41 42",
-       "1: " + bad + "1: " + bad + "2: There is 2 errors.\n"},
       {"seq = A\\; note\n'b\nc'\\q\\<end>", "41 62 0D 63", "2: " + bad + "3: There is 1 error.\n"},
       {"x\nseq = A\\<end>", "41", "2: End of compile. No errors.\n"},
   };
