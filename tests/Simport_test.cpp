@@ -17,8 +17,8 @@ const std::string kEnd = "\x1B\\";
 class SimPortTest : public ::testing::Test {
  protected:
   SimPortTest() : printer_(*FindSimModel("LUMEN")), port_("com3", printer_) {}
-  bool Open(FastCom& com, const char* name = "COM3", int baud = 9600) {
-    com.baud_rate = baud;
+  bool Open(FastCom& com, const char* name = "COM3") {
+    com.baud_rate = 9600;
     return com.Open(name, 1);
   }
   bool Send(FastCom& com, const std::string& bytes) { return com.Send(iBuffer(bytes)); }
@@ -64,19 +64,6 @@ TEST_F(SimPortTest, OnePortAtATimeUntilTheLineCloses) {
   second.Close();
   EXPECT_FALSE(Open(second));
   EXPECT_EQ(second.LastOpenError(), EIO);
-}
-
-TEST_F(SimPortTest, ByteModeWaitsForEachByteAtTheLineRate) {
-  // In byte mode each byte waits until it has reached the printer: 8.3 ms at 1200 bd.
-  printer_.Faults().line_rate = true;
-  printer_.SetBaud(1200);
-  ASSERT_TRUE(Open(com_, "com3", 1200));
-  com_.byte_mode = true;
-  const int64_t start = clock_.NowMs();
-  ASSERT_TRUE(Send(com_, "\x1BP0$e8E" + kEnd));
-  EXPECT_GE(clock_.NowMs() - start, 9 * 8);
-  EXPECT_EQ(com_.OutQueue(), 0u);
-  EXPECT_EQ(printer_.Record().frames.back().error, -1);
 }
 
 }  // namespace
