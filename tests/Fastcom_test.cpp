@@ -265,7 +265,6 @@ TEST_F(FastComFake, ReadsAndQueues) {
   dev().arrivals.emplace(start + 150, "\x1b\\");
   EXPECT_TRUE(com_.ReadUntil(reply, 30, "\x1b\\"));
   EXPECT_EQ(reply.ToString(), "abcdefghij\x1b\\");
-  EXPECT_EQ(Now() - start, 160);  // read at the first 20 ms poll after it came
 
   // A line that never falls silent: cut at the time-out plus max(2 s, time-out).
   for (const auto& [timeout, limit] : {std::pair{30, 2030}, {3000, 6000}}) {
