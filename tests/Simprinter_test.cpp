@@ -1,5 +1,5 @@
 // The simulated printer against hand-built frames on a caller-given time line: the
-// refusals (error numbers of docs/protocol.md), faults and limits. The accepted commands'
+// refusals (error numbers of docs/protocol.md) and faults. The accepted commands'
 // effects are checked through the printer object in DrukarkaSim_test.
 #include "sim/Simprinter.h"
 
