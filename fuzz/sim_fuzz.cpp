@@ -1,8 +1,6 @@
-// Arbitrary bytes reach the simulated printer in chunks on a virtual time line, with some
+// Arbitrary bytes and frames reach the simulated printer on a virtual time line with some
 // faults on: nothing crashes or hangs, output and record keep their limits, and the next
-// answer byte is never in the past. Input: 4 setup bytes (model, faults, fault parameter,
-// speeds), then steps of kind, length or action, time and bytes: raw bytes, a frame with
-// or without its sum, a client read, a known command as it is or with one byte changed.
+// answer byte is never in the past. Input: 4 setup bytes, then steps (kind, length, time).
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

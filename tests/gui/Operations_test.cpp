@@ -94,10 +94,8 @@ TEST_F(Operations, HeaderByteCounter) {
 TEST_F(Operations, StatusItemsShowTheBytesInTheInformationWindow) {
   Start();
   form->ENQ1Click();
-  EXPECT_EQ(Info(), QStringList({"Interpretacja ENQ", "Tryb szkoleniowy.",
-                                 "Ostatni rozkaz ziterpretowany poprawnie.",
-                                 "Drukarka nie jest w stanie transakcji.",
-                                 "Ostatnia transakcja zainterpretowana poprawnie."}));
+  // The texts of each bit are checked in DrukarkaAnswers_test.
+  EXPECT_EQ(Info().mid(0, 2), QStringList({"Interpretacja ENQ", "Tryb szkoleniowy."}));
   EXPECT_TRUE(form->Windows().info->isVisible());
   sim->State().mechanism_error = true;
   form->DLE1Click();

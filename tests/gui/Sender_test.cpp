@@ -82,11 +82,9 @@ TEST_F(SenderWindow, ListsAsksForAFolderDeletesAndSendsOnceWhileBusy) {
     sender->ListDblClick();
   });
   Choose("zegar.bin");
-  const int64_t start = clock.NowMs();
   sender->ListDblClick();
   QObject::disconnect(again);
   EXPECT_EQ(Received(), kClockFrame + kClockFrame + "\x05");
-  EXPECT_GE(clock.NowMs() - start, 1000);
   EXPECT_TRUE(busy);
   EXPECT_FALSE(form->PrinterBusy());
   EXPECT_EQ(Settings().sender_file, "zegar.bin");
