@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTabWidget>
 #include <QTableView>
+#include <cstdio>
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 #include "tests/gui/Guifakes.h"
 #include "windows/Exchangeview.h"
@@ -79,22 +84,40 @@ TEST_F(ExchangeView, RowsFiltersCopyAndCsv) {
 }
 
 // 100,000 status exchanges into the view: the table keeps at most the cap
-// and a tenth, newest last.
+// and a tenth, newest last; prints the time and heap per row.
 TEST_F(ExchangeView, HundredThousandExchangesStayWithinTheCap) {
   TExchangeView view;
   ExchangeRecord record;
   record.port = "/dev/ttyUSB0";
   record.question = "\x1bP0#s\x1b\\";
+  record.answer =
+      "\x1bP1#X0;0;0;0;0;0;12;05;14;23.00;8.00;5.00;0.00;101.00;101.00;100.00;0;"
+      "0.00;0.00;0.00;0.00;0.00;0.00;ABC12345678\x1b\\";
+  record.response_ms = 12;
   record.result = ExchangeResult::kConfirmed;
+  record.meaning =
+      "Tryb szkoleniowy. Zerowania: 0, ostatni zapis: 12-05-14, stawki: "
+      "23.00;8.00;5.00;0.00;-1;-1;zw; numer unikatowy: ABC12345678";
   constexpr int kExchanges = 100000;
+#if defined(__GLIBC__)
+  const size_t heap_before = mallinfo2().uordblks;
+#endif
+  QElapsedTimer timer;
+  timer.start();
   for (int i = 0; i < kExchanges; ++i) {
     record.response_ms = i;
     view.Append(record);
   }
+  const double us_per_row = timer.nsecsElapsed() / 1000.0 / kExchanges;
   const int rows = view.Model().rowCount();
   EXPECT_LE(rows, kExchangeRowCap + kExchangeRowCap / 10);
   EXPECT_GE(rows, kExchangeRowCap);
   EXPECT_EQ(view.Model().Record(rows - 1).response_ms, kExchanges - 1);
+  std::printf("append: %.2f us per row, %d rows kept\n", us_per_row, rows);
+#if defined(__GLIBC__)
+  std::printf("heap: %.0f bytes per row kept\n",
+              static_cast<double>(mallinfo2().uordblks - heap_before) / rows);
+#endif
 }
 
 }  // namespace
