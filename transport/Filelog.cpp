@@ -3,6 +3,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#ifdef _WIN32
+#include <io.h>
+#endif
 
 #include "../sequence/Clock.h"
 #include "Createdirectory.h"
@@ -10,10 +13,12 @@
 namespace tavena {
 
 std::string LogFolder() {
-#ifdef _WIN32
-  return "d:\\tavena_log";
-#else
   if (const char* dir = std::getenv("TAVENA_LOG_DIR"); dir && *dir) return dir;
+#ifdef _WIN32
+  // Files kept outside the port logs (the service record) follow the logs
+  // to c: where there is no d: drive.
+  return _access("d:\\", 0) == 0 ? "d:\\tavena_log" : "c:\\tavena_log";
+#else
   const char* home = std::getenv("HOME");
   return std::string(home && *home ? home : ".") + "/tavena_log";
 #endif

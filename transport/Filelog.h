@@ -6,8 +6,9 @@
 
 namespace tavena {
 
-// The fixed log folder: d:\tavena_log on Windows (c: when d: fails),
-// $TAVENA_LOG_DIR or else ~/tavena_log on Linux.
+// The log folder: $TAVENA_LOG_DIR when set; else d:\tavena_log on Windows
+// (c: where there is no d: drive, and for a log file d: refuses), or
+// ~/tavena_log on Linux.
 std::string LogFolder();
 
 // "YYYY.MM.DD hh:mm:ss.mmm" of the current clock.

@@ -264,7 +264,9 @@ TEST_F(Operations, FiscalisationOfAnOlderPrinter) {
   form->FiskalizacjaClick();
   EXPECT_EQ(Commands(), "#r $f $f ");
   // A printer fiscalised already refuses it.
-  EXPECT_TRUE(Service().last().endsWith(";Fiskalizacja;NIP 123-45-67-890;nie"));
+  const QStringList refused = Service();
+  ASSERT_FALSE(refused.isEmpty());
+  EXPECT_TRUE(refused.last().endsWith(";Fiskalizacja;NIP 123-45-67-890;nie"));
 }
 
 }  // namespace
