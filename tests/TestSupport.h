@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "protocol/Exchange.h"
+
 namespace tavena::test {
 
 // A fresh temporary folder, removed with everything in it at scope end.
@@ -55,14 +57,7 @@ inline void WriteFile(const std::string& path, const std::string& bytes) {
 
 // Upper-case hex pairs separated by single spaces.
 inline std::string Hex(const std::string& bytes) {
-  static const char* digits = "0123456789ABCDEF";
-  std::string out;
-  for (const unsigned char c : bytes) {
-    if (!out.empty()) out += ' ';
-    out += digits[c >> 4];
-    out += digits[c & 15];
-  }
-  return out;
+  return HexPairs(bytes);
 }
 
 // Sets an environment variable for a scope, restoring the old value.

@@ -163,7 +163,8 @@ TEST_F(Editors, SequenceEditorCompilesSavesAndTransmits) {
   });
   sequences->TransmitujClick();
   EXPECT_EQ(Received(), kClockFrame + "\x05");
-  EXPECT_NE(ReadFile(dir.file("ttyS4_log.txt")).find("Odebrano: " + std::string(200, '~') + "\r\n"),
+  EXPECT_NE(ReadFile(dir.file(LogBaseNameOf("com5") + "_log.txt"))
+                .find("Odebrano: " + std::string(200, '~') + "\r\n"),
             std::string::npos);
   EXPECT_EQ(dialogs.messages.size(), 1u);
 

@@ -140,7 +140,7 @@ TEST_F(EntityTest, ListWindowListsArchiveOnlyFilesLoadsAndDeletes) {
   Create();
   TPodmiotyForm* window = form->Windows().podmioty;
   QListWidget* list = window->findChild<QListWidget*>("List");
-  const std::string folder = dir.str() + "/pods/";
+  const std::string folder = Path("pods/").toStdString();
   std::filesystem::create_directories(folder + "katalog.pod");
   WriteFile(folder + "a.pod", "Linia1=A\r\n");
   WriteFile(folder + "B.POD", "Linia1=B\r\n");
@@ -189,7 +189,7 @@ TEST_F(EntityTest, ListWindowListsArchiveOnlyFilesLoadsAndDeletes) {
   dialogs.chosen_file = QString::fromStdString(dir.file("inny.pod"));
   Trigger(window, "Wczytaj1");
   EXPECT_EQ(dialogs.requests.back().title, U("Odczyt katalogu z użytkownikami."));
-  EXPECT_EQ(Settings().pod_path, dir.str() + "/");
+  EXPECT_EQ(Settings().pod_path, Folder());
   EXPECT_EQ(test::ListNames(list), "inny.pod");
   Trigger(window, "Zamknij1");
   EXPECT_FALSE(window->isVisible());

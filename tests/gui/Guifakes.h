@@ -15,6 +15,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QDir>
 #include <QEventLoop>
 #include <QListWidget>
 #include <QMouseEvent>
@@ -218,8 +219,11 @@ class WindowTest : public GuiTest {
     Create();
   }
   void Start() { StartMainWindow(*form); }
-  std::string Folder() const { return dir.str() + "/"; }
-  QString Path(const std::string& name) const { return QString::fromStdString(dir.file(name)); }
+  std::string Folder() const { return Path("").toStdString(); }
+  // A file of the scratch folder as the windows show it (C:\x\name on Windows).
+  QString Path(const std::string& name) const {
+    return QDir::toNativeSeparators(QString::fromStdString(dir.file(name)));
+  }
   const std::string& Received() const { return sim->Record().received; }
   QString Text(const char* name) const { return ControlText(form.get(), U(name)); }
   void Set(const char* name, const char* utf8) { SetControlText(form.get(), U(name), U(utf8)); }

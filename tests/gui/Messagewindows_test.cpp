@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDir>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -57,7 +58,8 @@ TEST_F(MonitorWindow, ShowsSavesAsWindows1250ClearsAndKeepsItsPlace) {
   EXPECT_TRUE(dialogs.messages.empty());
 
   // A file that cannot be written is reported, not lost silently.
-  const QString unwritable = QString::fromStdString(dir.file("brak/out.log"));
+  const QString unwritable =
+      QDir::toNativeSeparators(QString::fromStdString(dir.file("brak/out.log")));
   dialogs.chosen_file = unwritable;
   monitor.Zapisz1Click();
   ASSERT_EQ(dialogs.messages.size(), 1u);
